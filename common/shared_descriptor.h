@@ -1,0 +1,31 @@
+// A descriptor that its owner blocks on and that another thread may have to wake.
+#pragma once
+
+#include "common/sem.h"
+
+/// The owner publishes its socket, blocks in recvfrom and alone closes it; anybody may wake the owner.
+///
+/// close(2) from another thread neither wakes a blocked reader nor frees the port, and by then the number may belong to
+/// somebody else's file; shutdown(2) wakes it.
+class CSharedDescriptor {
+public:
+    /// Owner: makes the socket known.
+    void Publish(int descriptor);
+    /// Owner: calls close, which closes the socket, so that nobody can touch the number any more.
+    template <typename Close> void Withdraw(Close close) {
+        const CQBSemLocker lock(&m_lock);
+        m_descriptor = -1;
+        close();
+        m_open = false;
+    }
+
+    /// Anybody: ends the owner's blocking call, now and for good. Nothing happens without a socket.
+    void WakeOwner();
+    /// @return whether the owner still holds the socket, woken or not
+    bool IsOpen() const;
+
+private:
+    mutable CQBSem m_lock;
+    int m_descriptor K740_GUARDED_BY(m_lock) = -1;
+    bool m_open K740_GUARDED_BY(m_lock) = false;
+};
