@@ -1,0 +1,70 @@
+// The communication hub: receives and dispatches every command packet, and sends queued ones.
+#pragma once
+
+#include "common/bounded_table.h"
+#include "common/shared_descriptor.h"
+#include "common/wake_signal.h"
+#include "protocol/cmd_packet.h"
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+class CK740ControlApp;
+class CQBUDP;
+
+inline constexpr std::size_t kSendBufferBytes = 2048;
+inline constexpr std::size_t kMaxQueuedSends = 5000;
+
+/// A datagram that waits to be sent to a device.
+struct tagSEND_BUFFER {
+    int deviceID;                         // its registry socket is used
+    unsigned char data[kSendBufferBytes]; // normally a command packet
+    uint16_t length;                      // bytes to send; 0 skips the entry
+};
+
+/// Two receivers, for the ports 28001 and 29001, that behave alike, and a sender.
+///
+/// A packet is handled on the thread that received it, so a slow handler delays the next packet of its port.
+class CCommunication {
+public:
+    enum ReceiverState { kNotStarted = 0, kBound = 1, kBindFailed = 255 };
+
+    explicit CCommunication(CK740ControlApp& app) : m_app(app) {}
+    virtual ~CCommunication() = default;
+
+    /// Starts the two receivers and the sender.
+    void Initialization();
+
+    /// Hands a packet to the manager that owns its command. A wrong magic or an unknown command is dropped.
+    /// @param senderIP  dotted address of the sender
+    void ProcessResponse(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+
+    /// Queues a copy; the 5001st waiting entry is dropped.
+    void AddSendBuffer(const tagSEND_BUFFER& entry);
+
+    /// Makes all three threads notice the exit flag.
+    void WakeThreads();
+    /// @return whether a receiver still holds its port
+    bool HoldsPorts() const { return m_socket28001.IsOpen() || m_socket29001.IsOpen(); }
+    int State() const { return m_state; }
+
+private:
+    static void* ThreadReceiver28001(void* hub);
+    static void* ThreadReceiver29001(void* hub);
+    static void* ThreadSender(void* hub);
+
+    void RunReceiver(int port, CSharedDescriptor& shared);
+    void ReceivePackets(int descriptor);
+    void ReportBindFailure(int port);
+    void RunSender();
+    void SendBatch();
+    void Send(const tagSEND_BUFFER& entry);
+
+    CK740ControlApp& m_app;
+    CBoundedTable<tagSEND_BUFFER, kMaxQueuedSends, WhenFull::RefuseNew> m_sendQueue;
+    CWakeSignal m_sendQueued;
+    std::atomic<int> m_state{kNotStarted};
+    CSharedDescriptor m_socket29001;
+    CSharedDescriptor m_socket28001;
+};
