@@ -1,0 +1,76 @@
+// The registry's view of zone strings and of push-to-talk groups.
+#include "app/application.h"
+#include "common/ip_address.h"
+#include "common/qbstring.h"
+#include "common/stopwatch.h"
+#include "devices/device.h"
+#include "devices/zone_string.h"
+
+#include <algorithm>
+
+namespace {
+constexpr unsigned kPTTMonitorPollMs = 20;
+constexpr unsigned kPTTMonitorTimeoutMs = 2999;
+} // namespace
+
+std::string CDevice::GetAllZones() const {
+    std::string zones;
+    for (const tagDEVICE_INFO& device :
+         Select([](const tagDEVICE_INFO& candidate) { return IsZoneControllerType(candidate.deviceType); })) {
+        zones += EveryZoneOf(device.deviceID);
+    }
+    return zones;
+}
+
+int CDevice::IsZoneStringValid(std::string& zones) const {
+    zones = qbstring::trimString(zones);
+    if (zones == kEveryZone || zones == std::string(kEveryZone) + kZoneSeparator) { zones = GetAllZones(); }
+    if (zones.empty() || zones.size() > kMaxZoneText) { return 0; }
+    return HasZones(SplitZoneString(zones)) ? 1 : 0;
+}
+
+// Items that name unknown controllers are allowed beside one that names a known controller.
+bool CDevice::HasZones(const std::vector<std::string>& pieces) const {
+    bool controllerFound = false;
+    for (const std::string& piece : pieces) {
+        if (piece.size() != kZoneItemLength) { return false; }
+        const ZoneItem item = ParseZoneItem(piece);
+        if (item.mask == 0) { return false; }
+        controllerFound = controllerFound || IsZoneControllerType(GetDeviceType(item.deviceID));
+    }
+    return controllerFound;
+}
+
+void CDevice::UpdateRPKMulticastIP(int id, const std::string& address) {
+    const CQBSemLocker lock(&m_lock);
+    const auto found = std::find_if(m_devices.begin(), m_devices.end(),
+                                    [id](const tagDEVICE_INFO& device) { return device.deviceID == id; });
+    if (found != m_devices.end()) { found->pttMulticastIP = address.substr(0, kMaxAddressText); }
+}
+
+int CDevice::SetRPKPTTMulticastIP(int id, const std::string& ip) {
+    if (GetDeviceType(id) != kDevicePagingStation) { return -1; }
+    const std::string address = qbstring::trimString(ip);
+    if (!address.empty() && IsMulticastIPValid(address) != 0) { return -2; }
+    const CQBSemLocker setter(&m_pttSetter);
+    UpdateRPKMulticastIP(id, "");
+    if (!WaitUntilPTTMonitorEnded(id)) { return -3; }
+    UpdateRPKMulticastIP(id, address);
+    return 0;
+}
+
+bool CDevice::WaitUntilPTTMonitorEnded(int id) {
+    CQBTime waited;
+    waited.TimeStart();
+    while (m_app.RPK().GetMonitorPTTFlag(id) != 0) {
+        m_app.Lifetime().Pause(kPTTMonitorPollMs);
+        if (waited.TimeEnd() > kPTTMonitorTimeoutMs) { return false; }
+    }
+    return true;
+}
+
+std::string CDevice::GetRPKPTTMulticastIP(int id) const {
+    return Look(id, [](const tagDEVICE_INFO& device) {
+        return device.deviceType == kDevicePagingStation ? device.pttMulticastIP : std::string();
+    });
+}
