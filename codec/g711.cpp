@@ -1,0 +1,1 @@
+#include "codec/g711.h" // the object of this file carries the symbols
