@@ -1,0 +1,85 @@
+#include "player/audio_packet.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <numeric>
+
+namespace {
+
+constexpr uint16_t kAudioMagic = 0x4A79;
+constexpr uint16_t kNominalLength = 1032;
+constexpr uint16_t kNominalLengthShort = 520;
+constexpr uint16_t kTypeTwoChannel = 341;
+constexpr uint16_t kTypeMono = 343;
+constexpr uint16_t kTypeMonoShort = 345;
+constexpr uint16_t kTypeEndOfStream = 0x8112;
+
+enum class Coding { TwoChannel, Mono, Pcm };
+
+struct AudioType {
+    uint16_t type;
+    Coding coding;
+    int payloadBytes;
+};
+
+constexpr AudioType kAudioTypes[] = {
+    {341, Coding::TwoChannel, 1024}, {342, Coding::TwoChannel, 1024}, {343, Coding::Mono, 1024},
+    {344, Coding::Mono, 1024},       {345, Coding::Mono, 441},        {352, Coding::Mono, 441}, // not 346
+    {353, Coding::Pcm, 3528},        {354, Coding::Pcm, 4096},        {356, Coding::Pcm, 4096},
+    {355, Coding::Pcm, 1764},        {357, Coding::Pcm, 1764},        {359, Coding::Mono, 882},
+    {360, Coding::Mono, 882},
+};
+
+template <typename Value> Value ReadAt(const unsigned char* datagram, std::size_t offset) {
+    Value value;
+    std::memcpy(&value, datagram + offset, sizeof(value));
+    return value;
+}
+
+const AudioType* FindType(uint16_t type) {
+    const auto* found = std::find_if(std::begin(kAudioTypes), std::end(kAudioTypes),
+                                     [type](const AudioType& known) { return known.type == type; });
+    return found == std::end(kAudioTypes) ? nullptr : found;
+}
+
+} // namespace
+
+void SetMCastPackageHeader(_vxa_data_packet_t_mcast& packet, char codec, int node, int stream) {
+    packet.magic = kAudioMagic;
+    packet.node = static_cast<uint32_t>(node);
+    packet.stream = static_cast<uint32_t>(stream);
+    packet.type = codec == 1 ? kTypeMono : codec == 2 ? kTypeMonoShort : kTypeTwoChannel;
+    packet.length = codec == 2 ? kNominalLengthShort : kNominalLength;
+}
+
+int DecodeRecivePackage(const unsigned char* datagram, adpcm_state& state, short* out) {
+    const auto type = ReadAt<uint16_t>(datagram, offsetof(_vxa_data_packet_t_mcast, type));
+    if (type == kTypeEndOfStream) { return kEndOfStreamReceived; }
+    const AudioType* known = FindType(type);
+    if (known == nullptr) { return 0; }
+
+    const std::size_t payloadOffset = offsetof(_vxa_data_packet_t_mcast, payload);
+    const unsigned char* payload = datagram + payloadOffset;
+    const auto payloadBytes = static_cast<std::size_t>(known->payloadBytes);
+    if (known->coding == Coding::Pcm) {
+        std::memcpy(out, payload, payloadBytes);
+        return known->payloadBytes;
+    }
+    adpcm_decoder(reinterpret_cast<const char*>(payload), out, known->payloadBytes, &state,
+                  known->coding == Coding::TwoChannel ? kAdpcmTwoChannel : kAdpcmMono);
+    const auto block = ReadAt<_vxa_adpcm_block_t>(datagram, payloadOffset + payloadBytes);
+    state.predictedA = block.predictedA;
+    state.indexA = static_cast<int8_t>(block.indexA);
+    state.predictedB = block.predictedB;
+    state.indexB = static_cast<int8_t>(block.indexB);
+    return known->payloadBytes * 4;
+}
+
+int GetMaxValue(const short* samples, int count) {
+    return std::accumulate(samples, samples + std::max(count, 0), 0, [](int a, int b) { return std::max(a, b); });
+}
+
+int GetMinValue(const short* samples, int count) {
+    return std::accumulate(samples, samples + std::max(count, 0), 0, [](int a, int b) { return std::min(a, b); });
+}

@@ -1,0 +1,70 @@
+// The exported functions of tasks.
+#include "app/exported.h"
+#include "common/format.h"
+
+namespace {
+
+constexpr int kNoTaskChannel = -2;
+
+void LogCall(CK740ControlApp& app, const std::string& line) {
+    app.Log().PushLog("", kLogInfo, line);
+}
+
+} // namespace
+
+extern "C" K740_API int K740_StartAudioStreamTask(int taskID, int volume, int priority, int recovery, const char* zones,
+                                                  int dryContactOutput) {
+    return Exported([=](CK740ControlApp& app) {
+        const std::string zoneText = Text(zones);
+        LogCall(app, Format("=====K740_StartAudioStreamTask(%d, %d, %d, %d, '%s', %d)", taskID, volume, priority,
+                            recovery, zoneText.c_str(), dryContactOutput));
+        return app.Player().AddAudioTaskToTaskQueue(taskID, volume, priority, recovery, zoneText, dryContactOutput);
+    });
+}
+
+extern "C" K740_API int K740_StartNetAUXTask(int taskID, int priority, int deviceID, const char* multicastIP,
+                                             int auxPort, int recovery, const char* zones, int dryContactOutput) {
+    return Exported([=](CK740ControlApp& app) {
+        return app.Player().AddNetTaskToTaskQueue(taskID, priority, deviceID, Text(multicastIP), auxPort, recovery,
+                                                  Text(zones), dryContactOutput);
+    });
+}
+
+extern "C" K740_API int K740_StopTask(int taskID) {
+    return Exported([=](CK740ControlApp& app) {
+        if (!IsTaskID(taskID)) { return kFail; }
+        // A running task reports its end itself, once it is over.
+        if (!IsRunning(app.Player().StopTask(taskID))) { app.Callbacks().TaskStatus(taskID, kTaskNone); }
+        LogCall(app, Format("K740_StopTask(%d)", taskID));
+        return kOk;
+    });
+}
+
+extern "C" K740_API int K740_GetTaskStatus(int taskID) {
+    return Exported([=](CK740ControlApp& app) {
+        return IsTaskID(taskID) ? static_cast<int>(app.Player().Status().Status(taskID)) : kFail;
+    });
+}
+
+extern "C" K740_API int K740_GetRunningTasks(int* ids, int maxCount) {
+    return Exported([=](CK740ControlApp& app) {
+        return ids != nullptr && maxCount >= 1 ? app.Player().Status().ListRunning(ids, maxCount) : kFail;
+    });
+}
+
+extern "C" K740_API int K740_AddZones(int taskID, const char* zones) {
+    return Exported([=](CK740ControlApp& app) {
+        const int result = app.Player().AddZones(taskID, Text(zones));
+        LogCall(app, Format("K740_AddZones(%d, '%s')", taskID, Text(zones).c_str()));
+        return result;
+    });
+}
+
+extern "C" K740_API int K740_SendAudioStreamProc(int taskID, unsigned char* data, int length) {
+    return Exported([=](CK740ControlApp& app) {
+        if (app.Lifetime().IsExiting() || data == nullptr || length < 1) { return kFail; }
+        const int channelID = app.Player().Channels().GetChannelID(taskID);
+        if (channelID < 0) { return kNoTaskChannel; }
+        return app.Player().PushTaskStream(channelID, taskID, data, static_cast<unsigned>(length));
+    });
+}

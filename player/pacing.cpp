@@ -1,0 +1,43 @@
+#include "player/pacing.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kShortPeriodMs = 46;
+constexpr int kLongPeriodMs = 54;
+constexpr int kPeriodsPerLongOne = 20;
+constexpr int kMaxDrift464Ms = 10;
+constexpr int kMaxDriftMs = 5;
+
+void SleepRestOfPeriod(int periodMs, int maxDriftMs, int& drift, const CQBTime& timer) {
+    const PacingStep step = PlanPacing(periodMs, drift, maxDriftMs);
+    usTimer(step.sleepMs);
+    drift = CarryDrift(step, periodMs, static_cast<int>(timer.TimeEnd()));
+}
+
+} // namespace
+
+PacingStep PlanPacing(int periodMs, int drift, int maxDriftMs) {
+    const int clamped = std::clamp(drift, -maxDriftMs, maxDriftMs);
+    return {periodMs - clamped, clamped};
+}
+
+int CarryDrift(const PacingStep& step, int periodMs, int elapsedMs) {
+    return step.clampedDrift - periodMs + elapsedMs;
+}
+
+void MultiCastSleep464(int& drift, int& counter, const CQBTime& timer) {
+    ++counter;
+    const bool longPeriod = counter % kPeriodsPerLongOne == 0;
+    if (longPeriod) { counter = 0; }
+    SleepRestOfPeriod(longPeriod ? kLongPeriodMs : kShortPeriodMs, kMaxDrift464Ms, drift, timer);
+}
+
+void MultiCastSleep20(int& drift, const CQBTime& timer) {
+    SleepRestOfPeriod(20, kMaxDriftMs, drift, timer);
+}
+
+void MultiCastSleep10(int& drift, const CQBTime& timer) {
+    SleepRestOfPeriod(10, kMaxDriftMs, drift, timer);
+}

@@ -1,0 +1,193 @@
+#include "player/player.h"
+
+#include "app/application.h"
+#include "common/format.h"
+#include "player/aux_task.h"
+#include "player/stream_task.h"
+#include "player/zone_triggers.h"
+
+#include <memory>
+
+namespace {
+
+constexpr const char* kModule = "Player";
+constexpr long kFirstPriority = 56;
+constexpr long kLastPriority = 255;
+constexpr long kFullVolume = 100;
+constexpr long kLastAuxInterfacePort = 4;
+constexpr long kLastZoneControllerPort = 2;
+constexpr uint16_t kLastSequence = 255;
+constexpr unsigned kPredecessorPollMs = 10;
+
+/// What the thread of a task is given; made with new, owned by the thread.
+struct PlayJob {
+    CK740ControlApp& app;
+    tagTASK_QUEUE task;
+};
+
+bool IsPriority(long priority) {
+    return priority >= kFirstPriority && priority <= kLastPriority;
+}
+
+bool IsFlag(long value) {
+    return value == 0 || value == 1;
+}
+
+/// @return what is wrong with the source of an AUX task, null when nothing is
+const char* FindAUXError(long deviceID, long auxPort) {
+    if (IsAuxInterfaceID(deviceID)) {
+        return auxPort >= 0 && auxPort <= kLastAuxInterfacePort ? nullptr : "Q-LBX AUX Port is error.";
+    }
+    if (IsZoneControllerID(deviceID)) {
+        return auxPort >= 0 && auxPort <= kLastZoneControllerPort ? nullptr : "Q-ZCU2400 AUX Port is error.";
+    }
+    return "Device ID is error.";
+}
+
+template <typename Task> void* RunPlayJob(void* param, const char* threadName) {
+    if (param == nullptr) { return nullptr; }
+    const std::unique_ptr<PlayJob> job(static_cast<PlayJob*>(param));
+    const CThreadScope scope(threadName);
+    Task(job->app, job->task).Run();
+    return nullptr;
+}
+
+} // namespace
+
+int CPlayer::AddAudioTaskToTaskQueue(long taskID, long volume, long priority, long recovery, const std::string& zones,
+                                     long dryContactOutput) {
+    tagTASK_QUEUE task;
+    task.zones = zones;
+    if (!IsTaskID(taskID)) { return Reject("Task ID is invalid."); }
+    if (!IsPriority(priority)) { return Reject("Priority is invalid."); }
+    if (m_app.Devices().IsZoneStringValid(task.zones) != 1) { return Reject("Zones is error."); }
+    if (volume < 0 || volume > kFullVolume) { return Reject("Volume is invalid."); }
+    if (!IsFlag(recovery)) { return Reject("Recovery is invalid."); }
+    if (!IsFlag(dryContactOutput)) { return Reject("DryContactOutput is invalid."); }
+    task.taskID = static_cast<int>(taskID);
+    task.type = kTaskTypeAudioStream;
+    task.priority = static_cast<short>(priority);
+    task.recovery = static_cast<short>(recovery);
+    task.dryContactOutput = static_cast<short>(dryContactOutput);
+    task.volume = static_cast<short>(volume);
+    return Accept(task, m_app.Configuration().MaxRunningTasks(), Format("Task %ld is running.", taskID));
+}
+
+int CPlayer::AddNetTaskToTaskQueue(long taskID, long priority, long deviceID, const std::string& multicastIP,
+                                   long auxPort, long recovery, const std::string& zones, long dryContactOutput) {
+    tagTASK_QUEUE task;
+    task.zones = zones;
+    if (!IsTaskID(taskID)) { return Reject("Task ID is error."); }
+    if (!IsPriority(priority)) { return Reject("Priority is error."); }
+    if (const char* error = FindAUXError(deviceID, auxPort)) { return Reject(error); }
+    if (multicastIP.empty()) { return Reject("Multicast IP can not be null."); }
+    if (m_app.Devices().IsZoneStringValid(task.zones) != 1) { return Reject("Zones is error."); }
+    if (!IsFlag(recovery)) { return Reject("Recovery is error."); }
+    if (!IsFlag(dryContactOutput)) { return Reject("DryContactOutput is error."); }
+    task.taskID = static_cast<int>(taskID);
+    task.type = kTaskTypeNetAUX;
+    task.priority = static_cast<short>(priority);
+    task.recovery = static_cast<short>(recovery);
+    task.dryContactOutput = static_cast<short>(dryContactOutput);
+    task.deviceID = static_cast<int>(deviceID);
+    task.auxPort = static_cast<int>(auxPort);
+    task.multicastIP = multicastIP.substr(0, kMaxTaskMulticastText);
+    return Accept(task, std::nullopt,
+                  Format("Failed to K740_StartNetAUXTask(), task %ld status is broadcasting(2).", taskID));
+}
+
+int CPlayer::Reject(const std::string& reason) {
+    m_app.Log().PushLog(kModule, kLogError, reason);
+    return -1;
+}
+
+// The host is called between noting the task and queueing it; what it does there, the task's thread finds.
+int CPlayer::Accept(tagTASK_QUEUE& task, std::optional<int> limit, const std::string& alreadyRunning) {
+    switch (m_status.Accept(task.taskID, limit, task.instance)) {
+    case CTaskStatusTable::Acceptance::AlreadyRunning:
+        Reject(alreadyRunning);
+        return -2;
+    case CTaskStatusTable::Acceptance::LimitReached:
+        m_app.Callbacks().TaskStatus(task.taskID, kTaskNoFreeChannel);
+        Reject("No free channel.");
+        return -3;
+    case CTaskStatusTable::Acceptance::Accepted:
+        break;
+    }
+    m_app.Callbacks().TaskStatus(task.taskID, kTaskAccepted);
+    task.sequence = GetZCUTaskSequence();
+    m_queue.Append(task);
+    StartNewTask();
+    return 0;
+}
+
+void CPlayer::StartNewTask() {
+    std::optional<tagTASK_QUEUE> task = m_queue.TakeOldest();
+    if (!task) { return; }
+    const bool stream = task->type == kTaskTypeAudioStream;
+    auto job = std::make_unique<PlayJob>(PlayJob{m_app, std::move(*task)});
+    pthread_t thread{};
+    if (createThread(thread, stream ? ThreadPlayAudioStreamTask : ThreadPlayNetAUXTask, job.get(), 1) == 0) {
+        static_cast<void>(job.release()); // the thread owns it now
+    } else {
+        Conclude(job->task, kTaskNoFreeChannel);
+    }
+}
+
+void* CPlayer::ThreadPlayAudioStreamTask(void* job) {
+    return RunPlayJob<CStreamTask>(job, "k740-task");
+}
+
+void* CPlayer::ThreadPlayNetAUXTask(void* job) {
+    return RunPlayJob<CAUXTask>(job, "k740-auxtask");
+}
+
+void CPlayer::AwaitPredecessor(const tagTASK_QUEUE& task) {
+    while (m_status.HasPredecessor(task.taskID, task.instance)) { m_app.Lifetime().Pause(kPredecessorPollMs); }
+}
+
+void CPlayer::Conclude(const tagTASK_QUEUE& task, short status) {
+    m_app.Callbacks().TaskStatus(task.taskID, m_status.Conclude(task.taskID, task.instance, status));
+}
+
+short CPlayer::StopTask(int taskID) {
+    const short status = m_status.Remove(taskID);
+    m_streams.Wake(m_channels.GetChannelID(taskID));
+    return status;
+}
+
+int CPlayer::AddZones(int taskID, std::string zones) {
+    if (m_app.Devices().IsZoneStringValid(zones) != 1) { return -1; }
+    const tagTASK_STATUS task = m_status.Find(taskID).value_or(tagTASK_STATUS{});
+    if (task.status != kTaskBroadcasting) {
+        Reject(Format("Faile to add zones, task %d status is not broadcasting(2).", taskID));
+        return -2;
+    }
+    if (task.audioSource != kAudioSourceStream && task.audioSource != kAudioSourceNetAUX) {
+        Reject(Format("Faile to add zones, task %d audiosource is error.", taskID));
+        return -2;
+    }
+    CZoneTriggers triggers(m_app, MakeTriggerParam(task));
+    triggers.Start(zones, task.audioSource == kAudioSourceStream ? CZCU::ThreadTriggerZCUJoinNetStream
+                                                                 : CZCU::ThreadTriggerZCUJoinNetAUX);
+    return 0;
+}
+
+int CPlayer::PushTaskStream(int channelID, int taskID, const unsigned char* data, unsigned length) {
+    const int format = m_app.Configuration().AudioStreamFormat();
+    if (length == 0 || length > LargestChunk(format)) { return -1; }
+    if (m_status.Status(taskID) != kTaskBroadcasting) { return -3; }
+    return m_streams.PushHostAudio(channelID, taskID, format, data, static_cast<unsigned short>(length)) == kPushOk
+               ? 0
+               : -1;
+}
+
+uint16_t CPlayer::GetZCUTaskSequence() {
+    const CQBSemLocker lock(&m_sequenceLock);
+    m_sequence = m_sequence >= kLastSequence ? uint16_t{1} : static_cast<uint16_t>(m_sequence + 1);
+    return m_sequence;
+}
+
+int CPlayer::NewChannel(int taskID, std::string& multicastIP) {
+    return m_channels.NewChannel(taskID, m_app.Configuration().FirstMulticastIP(), multicastIP);
+}

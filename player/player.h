@@ -1,0 +1,70 @@
+// The task engine: accepts broadcast tasks and runs each on a thread of its own.
+#pragma once
+
+#include "common/bounded_table.h"
+#include "player/channel_table.h"
+#include "player/resampler_slots.h"
+#include "player/task_records.h"
+#include "player/task_status.h"
+#include "player/task_streams.h"
+
+#include <cstdint>
+#include <string>
+
+class CK740ControlApp;
+
+/// Any thread may call anything. The host's callbacks are called with no lock held.
+class CPlayer {
+public:
+    explicit CPlayer(CK740ControlApp& app) : m_app(app) {}
+    virtual ~CPlayer() = default;
+
+    /// Checks, notes and starts a task. @return 0; -1 bad argument; -2 it is running; -3 no free channel
+    int AddAudioTaskToTaskQueue(long taskID, long volume, long priority, long recovery, const std::string& zones,
+                                long dryContactOutput);
+    /// @return 0; -1 bad argument; -2 it is running
+    int AddNetTaskToTaskQueue(long taskID, long priority, long deviceID, const std::string& multicastIP, long auxPort,
+                              long recovery, const std::string& zones, long dryContactOutput);
+    /// Starts the thread of the oldest queued task.
+    void StartNewTask();
+
+    /// Makes the thread of a task end. @return the state that the task had
+    short StopTask(int taskID);
+    /// Makes more zone controllers join a broadcasting task. @return 0; -1 bad zones; -2 not broadcasting
+    int AddZones(int taskID, std::string zones);
+    /// Gives audio to a task. @return 0; -1 too long or no room; -3 not broadcasting
+    int PushTaskStream(int channelID, int taskID, const unsigned char* data, unsigned length);
+
+    /// @return 1..255, then 1 again
+    uint16_t GetZCUTaskSequence();
+    /// Gives a free channel to the task. @return the channel, kNoChannel when there is none
+    int NewChannel(int taskID, std::string& multicastIP);
+
+    /// Waits until the thread of an earlier acceptance of the same ID has ended: it still has to close the audio, and
+    /// its request, which carries the ID alone, would close the new task's.
+    void AwaitPredecessor(const tagTASK_QUEUE& task);
+    /// Ends a task's thread: notes its last state and tells the host.
+    void Conclude(const tagTASK_QUEUE& task, short status);
+    /// Wakes the threads of all tasks, so that they see the exit flag.
+    void WakeTasks() { m_streams.WakeAll(); }
+
+    CTaskStatusTable& Status() { return m_status; }
+    CChannelTable& Channels() { return m_channels; }
+    CTaskStreams& Streams() { return m_streams; }
+    CResamplerSlots& Resamplers() { return m_resamplers; }
+
+private:
+    static void* ThreadPlayAudioStreamTask(void* job);
+    static void* ThreadPlayNetAUXTask(void* job);
+    int Reject(const std::string& reason);
+    int Accept(tagTASK_QUEUE& task, std::optional<int> limit, const std::string& alreadyRunning);
+
+    CK740ControlApp& m_app;
+    CBoundedTable<tagTASK_QUEUE, kLastTaskID> m_queue;
+    CTaskStatusTable m_status;
+    CChannelTable m_channels;
+    CTaskStreams m_streams;
+    CResamplerSlots m_resamplers;
+    CQBSem m_sequenceLock;
+    uint16_t m_sequence K740_GUARDED_BY(m_sequenceLock) = 0;
+};

@@ -1,0 +1,54 @@
+// A bounded byte queue of one task's audio at one rate.
+#pragma once
+
+#include "common/sem.h"
+
+#include <cstddef>
+
+/// FIFO of bytes that belongs to one task at a time. A chunk goes in whole or not at all.
+///
+/// A ring in memory that the system hands out page by page as it is first touched (mmap(2)): capacity that is not used
+/// costs nothing, and a push costs the same however much is waiting. What little is left after a take moves to the
+/// front, so that a stream that keeps up stays on the same few pages.
+///
+/// Push and Take do nothing for a task that is not the slot's.
+class CStreamSlot {
+public:
+    CStreamSlot() = default;
+    ~CStreamSlot();
+    CStreamSlot(const CStreamSlot&) = delete;
+    CStreamSlot& operator=(const CStreamSlot&) = delete;
+
+    /// Gives the slot to a task, empty. @return false when there is no memory; nothing fits in then
+    bool New(int taskID, std::size_t capacity);
+    /// Frees the memory if the slot is the task's.
+    void Remove(int taskID);
+
+    /// @return false when the chunk does not fit
+    bool Push(int taskID, const unsigned char* data, std::size_t length);
+    /// @return false, with nothing taken, when fewer bytes are waiting
+    bool Take(int taskID, unsigned char* out, std::size_t length);
+    /// Takes bytes and hands them to use while the slot is locked, so that what use makes of them keeps its order.
+    template <typename Use> bool TakeAndUse(int taskID, unsigned char* out, std::size_t length, Use use) {
+        const CQBSemLocker lock(&m_lock);
+        if (!TakeLocked(taskID, out, length)) { return false; }
+        use();
+        return true;
+    }
+    /// @return bytes waiting for the task
+    std::size_t Fill(int taskID) const;
+
+private:
+    bool TakeLocked(int taskID, unsigned char* out, std::size_t length) K740_REQUIRES(m_lock);
+    void CopyIn(const unsigned char* data, std::size_t length) K740_REQUIRES(m_lock);
+    void CopyOut(unsigned char* out, std::size_t length) const K740_REQUIRES(m_lock);
+    void MoveToFront() K740_REQUIRES(m_lock);
+    void FreeLocked() K740_REQUIRES(m_lock);
+
+    mutable CQBSem m_lock;
+    int m_taskID K740_GUARDED_BY(m_lock) = 0;
+    unsigned char* m_data K740_GUARDED_BY(m_lock) = nullptr;
+    std::size_t m_capacity K740_GUARDED_BY(m_lock) = 0;
+    std::size_t m_head K740_GUARDED_BY(m_lock) = 0;
+    std::size_t m_fill K740_GUARDED_BY(m_lock) = 0;
+};

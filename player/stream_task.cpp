@@ -1,0 +1,114 @@
+#include "player/stream_task.h"
+
+#include "app/application.h"
+#include "common/format.h"
+#include "player/stream_sender.h"
+
+namespace {
+constexpr const char* kModule = "Player";
+constexpr int kEndOfStreamRounds = 2;
+constexpr unsigned kAfterEndOfStreamMs = 20;
+} // namespace
+
+void CStreamTask::Run() {
+    short status = kTaskNoFreeChannel;
+    ContainExceptions([&] {
+        m_app.Player().AwaitPredecessor(m_task);
+        status = TakeChannelAndPlay();
+    });
+    ContainExceptions([&] { m_app.Player().Conclude(m_task, status); });
+}
+
+short CStreamTask::TakeChannelAndPlay() {
+    m_channelID = m_app.Player().NewChannel(m_task.taskID, m_multicastIP);
+    if (m_channelID == kNoChannel) { return Fail(kTaskNoFreeChannel, "Failed to allocate a channel, task ID "); }
+    short status = kTaskNone;
+    const bool completed = ContainExceptions([&] { status = JoinGroupAndPlay(); });
+    m_udp.Close();
+    m_app.Player().Channels().ReleaseChannel(m_channelID);
+    return completed ? status : kTaskNotTriggered;
+}
+
+short CStreamTask::JoinGroupAndPlay() {
+    const std::string nic = m_app.Configuration().NIC();
+    if (m_udp.join_multicast_send(m_multicastIP.c_str(), m_app.Configuration().MulticastPort(), nic) != 0) {
+        return Fail(kTaskGroupNotJoined, "Failed to join into multi-cast group, task ID ");
+    }
+    m_app.Log().PushLog(
+        kModule, kLogInfo,
+        Format("Allocated muliticast %s for task %d NIC:%s", m_multicastIP.c_str(), m_task.taskID, nic.c_str()));
+    return TriggerAndPlay();
+}
+
+short CStreamTask::TriggerAndPlay() {
+    CZoneTriggers triggers(m_app, MakeTriggerParam(MakeRecord()));
+    triggers.Start(m_task.zones, CZCU::ThreadTriggerZCUJoinNetStream);
+    const int result = triggers.WaitForTriggerZCU(
+        [this] { return m_app.Player().Status().IsSuperseded(m_task.taskID, m_task.instance); });
+    if (result != kTriggered) { return Fail(kTaskNotTriggered, "Failed to trigger all ZCU, task ID "); }
+
+    NewStreams();
+    const short status = Broadcast(triggers);
+    RemoveStreams(); // while the channel is still this task's
+    return status;
+}
+
+short CStreamTask::Broadcast(CZoneTriggers& triggers) {
+    if (!m_app.Player().Status().BeginBroadcast(m_task.instance, MakeRecord())) {
+        Log(kLogInfo, "Prepare to play task, but task was stoped, task ID ");
+        return kTaskNone;
+    }
+    Log(kLogInfo, "Start to send audio stream to ZCU, task ID ");
+    m_app.Callbacks().TaskStatus(m_task.taskID, kTaskBroadcasting);
+    CStreamSender(m_app, m_udp, m_task, m_channelID).Run();
+    if (m_task.recovery == 0) { SendEndOfStream(triggers); }
+    triggers.CloseAudio();
+    Log(kLogInfo, "Task stoped, task ID ");
+    return kTaskNone;
+}
+
+tagTASK_STATUS CStreamTask::MakeRecord() const {
+    tagTASK_STATUS record;
+    record.taskID = m_task.taskID;
+    record.status = kTaskBroadcasting;
+    record.channelID = static_cast<short>(m_channelID);
+    record.multicastIP = m_multicastIP;
+    record.priority = m_task.priority;
+    record.dryContactOutput = m_task.dryContactOutput;
+    record.sequence = m_task.sequence;
+    record.recovery = m_task.recovery;
+    record.audioSource = kAudioSourceStream;
+    return record;
+}
+
+// Only the slots that the input format needs.
+void CStreamTask::NewStreams() {
+    CTaskStreams& streams = m_app.Player().Streams();
+    const int format = m_app.Configuration().AudioStreamFormat();
+    if (format != kFormat44K && format != kFormat22K) { streams.NewTaskStream8K(m_channelID, m_task.taskID); }
+    if (format != kFormat44K) { streams.NewTaskStream22K(m_channelID, m_task.taskID); }
+    streams.NewTaskStream44K(m_channelID, m_task.taskID);
+}
+
+void CStreamTask::RemoveStreams() {
+    CTaskStreams& streams = m_app.Player().Streams();
+    streams.RemoveTaskStream8K(m_channelID, m_task.taskID);
+    streams.RemoveTaskStream22K(m_channelID, m_task.taskID);
+    streams.RemoveTaskStream44K(m_channelID, m_task.taskID);
+}
+
+void CStreamTask::SendEndOfStream(const CZoneTriggers& triggers) {
+    for (int round = 0; round < kEndOfStreamRounds; ++round) {
+        for (const int id : triggers.ControllerIDs()) { m_app.ZCU().ZCU_Request_ExitMultiCast_4K(&m_udp, id); }
+        m_app.Lifetime().Pause(kAfterEndOfStreamMs);
+    }
+}
+
+void CStreamTask::Log(uint8_t level, const char* text) {
+    m_app.Log().PushLog(kModule, level, Format("%s%d", text, m_task.taskID));
+}
+
+short CStreamTask::Fail(short status, const char* text) {
+    Log(kLogError, text);
+    return status;
+}

@@ -1,0 +1,84 @@
+#include "player/zone_triggers.h"
+
+#include "app/application.h"
+#include "common/ip_address.h"
+#include "common/stopwatch.h"
+#include "devices/zone_string.h"
+#include "zcu/trigger_job.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+constexpr unsigned kPollMs = 10;
+constexpr unsigned kTriggerTimeoutMs = 4000;
+constexpr uint32_t kEveryZoneMask = 255;
+} // namespace
+
+tagZCU_PARAM MakeTriggerParam(const tagTASK_STATUS& task) {
+    tagZCU_PARAM param{};
+    param.taskID = static_cast<uint32_t>(task.taskID);
+    param.taskIDAgain = param.taskID;
+    param.sequence = static_cast<uint16_t>(task.sequence);
+    param.priority = static_cast<uint16_t>(task.priority);
+    param.recovery = static_cast<uint16_t>(task.recovery);
+    param.dryContactOutput = static_cast<uint16_t>(task.dryContactOutput);
+    param.multicastIP = ConvertIPToDWORD(task.multicastIP);
+    param.auxDeviceID = static_cast<uint32_t>(task.deviceID);
+    param.auxPort = static_cast<int16_t>(task.auxPort);
+    return param;
+}
+
+CZoneTriggers::~CZoneTriggers() {
+    CloseThreadHandle(m_running);
+}
+
+void CZoneTriggers::Start(const std::string& zones, void* (*thread)(void*)) {
+    m_app.ZCU().ClearOutDateJoinMCastResponse();
+    m_param.sourceNodeID = m_app.Configuration().NodeID();
+    m_param.multicastPort = static_cast<uint16_t>(m_app.Configuration().MulticastPort());
+    for (const std::string& item : SplitZoneString(zones)) { StartThread(item, thread); }
+}
+
+void CZoneTriggers::StartThread(const std::string& item, void* (*thread)(void*)) {
+    const ZoneItem zone = ParseZoneItem(item);
+    m_controllerIDs.push_back(zone.deviceID);
+    auto job = std::make_unique<TriggerJob>(TriggerJob{m_app.ZCU(), m_param});
+    job->param.zcuID = zone.deviceID;
+    job->param.zoneMask = std::min(zone.mask, kEveryZoneMask);
+    pthread_t id{};
+    // A controller whose thread cannot be made counts as one that failed.
+    if (createThread(id, thread, job.get(), 0, kSmallStackBytes) != 0) { return; }
+    static_cast<void>(job.release()); // the thread owns it now
+    m_running.push_back(id);
+}
+
+int CZoneTriggers::WaitForTriggerZCU(const std::function<bool()>& giveUp) {
+    if (m_running.empty()) { return kNoTriggers; }
+    CQBTime waited;
+    waited.TimeStart();
+    while (waited.TimeEnd() < kTriggerTimeoutMs) {
+        m_app.Lifetime().Pause(kPollMs);
+        if (JoinEnded() || giveUp()) { return kTriggered; }
+        if (m_running.empty()) { return kAllTriggersFailed; }
+    }
+    return kTriggerWaitTimeout;
+}
+
+// A handle is of no use once its thread is joined, and may soon be another thread's, so it is forgotten at once.
+bool CZoneTriggers::JoinEnded() {
+    for (auto thread = m_running.begin(); thread != m_running.end();) {
+        void* result = nullptr;
+        if (pthread_tryjoin_np(*thread, &result) != 0) {
+            ++thread;
+            continue;
+        }
+        thread = m_running.erase(thread);
+        if (result == kTriggerThreadSucceeded) { return true; }
+    }
+    return false;
+}
+
+void CZoneTriggers::CloseAudio() {
+    for (const int id : m_controllerIDs) { m_app.ZCU().ZCU_Request_CloseAudio(id, m_param.taskID); }
+}
