@@ -1,0 +1,124 @@
+#include "app/application.h"
+
+#include "common/stopwatch.h"
+#include "common/system_limit.h"
+#include "common/udp.h"
+#include "common/worker.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+
+namespace {
+
+constexpr const char* kSDKVersion = "1.0.4";
+constexpr useconds_t kBindWaitUs = 50'000;
+constexpr unsigned kOrderlyEndWaitMs = 100;
+constexpr unsigned kOrderlyEndPollMs = 1;
+constexpr unsigned kActiveThreadsWaitMs = 4999;
+constexpr unsigned kActiveThreadsPollMs = 100;
+
+/// @return the current directory; "." when it is gone or its name is too long
+std::string WorkingDirectory() {
+    std::array<char, 1024> directory{};
+    return getcwd(directory.data(), directory.size()) == nullptr ? "." : directory.data();
+}
+
+void LogSocketLine(uint8_t level, const std::string& text) {
+    g_app->Log().PushLog("", level, text);
+}
+
+} // namespace
+
+constinit CImmortal<CK740ControlApp> g_app;
+
+CK740ControlApp::CK740ControlApp()
+    : m_devices(*this), m_communication(*this), m_zcu(*this), m_rpk(*this), m_player(*this), m_callbacks(m_log) {}
+
+CK740ControlApp::~CK740ControlApp() {
+    m_initialised = 0;
+}
+
+int CK740ControlApp::Initialize() {
+    std::signal(SIGPIPE, SIG_IGN);
+    SetSystemLimit();
+    const CQBSemLocker lock(&m_initialisation);
+    if (m_initialised == 1) { return -1; }
+    SetUdpLogHook(LogSocketLine);
+    m_log.PushLog("", kLogInfo, "\n\n");
+    m_activeThreads = 0;
+    m_configuration.SetDefaults();
+    m_callbacks.Clear();
+    m_lifetime.Begin();
+    StartManagers();
+    m_initialised = 1;
+    usleep(kBindWaitUs);
+    m_log.PushLog("", kLogInfo, std::string("SDK version ") + kSDKVersion);
+    m_log.PushLog("", kLogInfo, "-------K740_Initialize()");
+    return 0;
+}
+
+void CK740ControlApp::StartManagers() {
+    const std::string directory = WorkingDirectory();
+    mkdir((directory + "/" + kLogDirectory).c_str(), 0777);
+    m_zcu.Initialization();
+    m_log.Initialization(directory);
+    m_rpk.Initialization();
+    StartEventThreads();
+    // The hub comes last, so that no packet is dispatched to a manager that is not ready.
+    m_communication.Initialization();
+}
+
+bool CK740ControlApp::EnsureInitialized() {
+    if (m_initialised != 1) { Initialize(); }
+    return m_initialised == 1;
+}
+
+int CK740ControlApp::Deinitialize() {
+    const CQBSemLocker lock(&m_initialisation);
+    m_lifetime.RequestExit();
+    m_communication.WakeThreads();
+    m_player.WakeTasks();
+    AwaitOrderlyEnd();
+    m_lifetime.WakeOneSleeper();
+    AwaitActiveThreads();
+    m_activeThreads = 0;
+    m_lifetime.WakeOneSleeper();
+    m_log.PushLog("", kLogInfo, "-------K740_Deinitialize()");
+    m_log.Finish();
+    return 0;
+}
+
+// A host may exit as soon as Deinitialize returns: by then the ports are free and the tasks have been closed on the
+// zone controllers. Bounded, because this may run in a callback on one of the very threads that are awaited.
+void CK740ControlApp::AwaitOrderlyEnd() {
+    CQBTime waited;
+    waited.TimeStart();
+    const auto isBusy = [this] { return m_communication.HoldsPorts() || m_player.Status().HasThreads(); };
+    while (isBusy() && waited.TimeEnd() < kOrderlyEndWaitMs) { usTimer(kOrderlyEndPollMs); }
+}
+
+void CK740ControlApp::AwaitActiveThreads() {
+    CWakeSignal never;
+    CQBTime waited;
+    waited.TimeStart();
+    while (m_activeThreads > 0 && waited.TimeEnd() <= kActiveThreadsWaitMs) { never.Wait(kActiveThreadsPollMs); }
+}
+
+bool CK740ControlApp::SendToDevice(int deviceID, const _vxa_cmd_packet_t& packet) {
+    return SendToDevice(deviceID, reinterpret_cast<const unsigned char*>(&packet), sizeof(packet));
+}
+
+bool CK740ControlApp::SendToDevice(int deviceID, const unsigned char* data, std::size_t length) {
+    const auto udp = m_devices.GetDeviceUDP(deviceID);
+    if (udp == nullptr) { return false; }
+    const CQBSemLocker lock(&m_sendLock);
+    udp->send_udp_data(reinterpret_cast<const char*>(data), static_cast<int>(length));
+    return true;
+}
+
+void CK740ControlApp::SendToAddress(const std::string& ip, int port, const _vxa_cmd_packet_t& packet) {
+    CQBUDP::SendUDPData(ip, port, reinterpret_cast<const unsigned char*>(&packet), sizeof(packet));
+}

@@ -1,0 +1,84 @@
+// The application object: owns every manager, the settings, the host's callbacks and the life of the threads.
+#pragma once
+
+#include "app/configuration.h"
+#include "app/host_callbacks.h"
+#include "common/immortal.h"
+#include "common/lifetime.h"
+#include "devices/device.h"
+#include "log/log.h"
+#include "player/player.h"
+#include "protocol/cmd_packet.h"
+#include "protocol/communication.h"
+#include "rpk/rpk.h"
+#include "zcu/zcu.h"
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+/// The managers reach each other, the settings and the lifetime through it. Any thread may call anything.
+class CK740ControlApp {
+public:
+    CK740ControlApp();
+    virtual ~CK740ControlApp();
+
+    /// @return 0; -1 when it was initialised before
+    int Initialize();
+    /// Asks every thread to end. @return 0
+    int Deinitialize();
+    /// Initialises unless that has happened. @return whether the library is initialised
+    bool EnsureInitialized();
+
+    CLifetime& Lifetime() { return m_lifetime; }
+    CConfiguration& Configuration() { return m_configuration; }
+    CHostCallbacks& Callbacks() { return m_callbacks; }
+    CDevice& Devices() { return m_devices; }
+    CCommunication& Communication() { return m_communication; }
+    CZCU& ZCU() { return m_zcu; }
+    CRPK& RPK() { return m_rpk; }
+    CPlayer& Player() { return m_player; }
+    CLog& Log() { return m_log; }
+    /// The threads that Deinitialize waits for, at most 5 s; none of the library's own counts itself here.
+    std::atomic<int32_t>& ActiveThreads() { return m_activeThreads; }
+
+    /// Sends a command packet to a registered device, one sender at a time. @return false when it has no socket
+    bool SendToDevice(int deviceID, const _vxa_cmd_packet_t& packet);
+    bool SendToDevice(int deviceID, const unsigned char* data, std::size_t length);
+    /// Sends a command packet to an address, from a socket of its own.
+    void SendToAddress(const std::string& ip, int port, const _vxa_cmd_packet_t& packet);
+
+    /// Tells the host a status. @return 1 when the device reported a working status, else 0
+    int PostZCUDeviceStatus(const tagZCU_QUERYSTATUS2& record);
+    void PostRPKDeviceStatus(const tagRPK_QUERYSTATUS& record);
+    /// Tells the host the volumes that have been reported since the last call.
+    void PostVolumes();
+
+private:
+    static void* ThreadTriggerEvents1(void* app);
+    static void* ThreadTriggerEvents2(void* app);
+    void RunStatusEvents();
+    void PostAllStatus();
+    void PostChangedStatus(std::deque<tagZCU_QUERYSTATUS2>& previous);
+    void StartManagers();
+    void StartEventThreads();
+    void AwaitOrderlyEnd();
+    void AwaitActiveThreads();
+
+    CLifetime m_lifetime;
+    CQBSem m_sendLock;       // serialises the sends on registry sockets; nothing is taken inside it
+    CQBSem m_initialisation; // one Initialize or Deinitialize at a time; never taken by worker threads
+    std::atomic<int32_t> m_activeThreads{0};
+    CConfiguration m_configuration;
+    CDevice m_devices;
+    CCommunication m_communication;
+    CZCU m_zcu;
+    CRPK m_rpk;
+    CPlayer m_player;
+    CLog m_log;
+    CHostCallbacks m_callbacks;
+    std::atomic<uint8_t> m_initialised{0};
+};
+
+/// The one application object of the process. It outlives main, because the library's threads do.
+extern CImmortal<CK740ControlApp> g_app;

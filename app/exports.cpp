@@ -1,0 +1,121 @@
+// The exported functions of lifecycle, configuration and callbacks.
+#include "app/exported.h"
+#include "common/format.h"
+#include "common/ip_address.h"
+#include "common/qbstring.h"
+
+namespace {
+
+constexpr int kFirstNodeID = 9500;
+constexpr int kLastNodeID = 9999;
+constexpr int kLastHostAudioFormat = 1;
+
+void LogCall(CK740ControlApp& app, const std::string& line) {
+    app.Log().PushLog("", kLogInfo, line);
+}
+
+/// Stores a callback, null too, and logs the registration of one that is set.
+template <typename Function>
+void Register(CK740ControlApp& app, CCallbackSlot<Function>& slot, Function function, const char* type) {
+    slot.Set(function);
+    if (function != nullptr) { LogCall(app, Format("Register callback %s()", type)); }
+}
+
+} // namespace
+
+extern "C" K740_API int K740_Initialize(void) {
+    try {
+        return g_app->Initialize();
+    } catch (...) { return kFail; }
+}
+
+extern "C" K740_API int K740_Deinitialize(void) {
+    return Exported([](CK740ControlApp& app) { return app.Deinitialize(); });
+}
+
+extern "C" K740_API int K740_SetNodeID(int nodeID) {
+    return Exported([=](CK740ControlApp& app) {
+        if (nodeID < kFirstNodeID || nodeID > kLastNodeID) { return kFail; }
+        app.Configuration().SetNodeID(nodeID);
+        LogCall(app, Format("K740_SetNodeID(%d)", nodeID));
+        return kOk;
+    });
+}
+
+extern "C" K740_API int K740_SetAudioStreamFormat(int format) {
+    return Exported([=](CK740ControlApp& app) {
+        if (format < 0 || format > kLastHostAudioFormat) { return kFail; }
+        app.Configuration().SetAudioStreamFormat(format);
+        LogCall(app, Format("K740_SetAudioStreamFormat(%d)", format));
+        return kOk;
+    });
+}
+
+extern "C" K740_API int K740_SetFirstMulticastIP(const char* address) {
+    return Exported([=](CK740ControlApp& app) {
+        const std::string trimmed = qbstring::trimString(Text(address));
+        if (IsMulticastIPValid(trimmed) != 0) { return kFail; }
+        app.Configuration().SetFirstMulticastIP(trimmed);
+        LogCall(app, Format("K740_SetFirstMulticastIP('%s')", trimmed.c_str()));
+        return kOk;
+    });
+}
+
+extern "C" K740_API int K740_SetNIC(const char* address) {
+    return Exported([=](CK740ControlApp& app) {
+        const std::string nic = Text(address);
+        if (!IsIPValid(nic)) { return kFail; }
+        app.Configuration().SetNIC(nic);
+        LogCall(app, Format("K740_SetNIC('%s')", nic.c_str()));
+        return kOk;
+    });
+}
+
+extern "C" K740_API int K740_EnterVAMode(int deviceID, int priority) {
+    return Exported([=](CK740ControlApp& app) { return app.ZCU().ZCU_Request_EnterEmergency(deviceID, priority); });
+}
+
+extern "C" K740_API int K740_ExitVAMode(int deviceID, int priority) {
+    return Exported([=](CK740ControlApp& app) { return app.ZCU().ZCU_Request_ExitEmergency(deviceID, priority); });
+}
+
+extern "C" K740_API int K740_EnableCallbackLog(int enable) {
+    return Exported([=](CK740ControlApp& app) {
+        if (enable != 0 && enable != 1) { return kFail; }
+        app.Callbacks().EnableLog(enable == 1);
+        LogCall(app, Format("K740_EnableCallbackLog(%d)", enable));
+        return kOk;
+    });
+}
+
+extern "C" K740_API int K740_SetDeviceCallback(PZCUSTATUS zcuStatus, PZONESTATUS zoneStatus, PZCUVOLUME zcuVolume,
+                                               PTASKSTATUS taskStatus, PMONITORZONE monitorZone, PRPKSTATUS rpkStatus,
+                                               PRPKPTTAUDIO rpkPTTAudio) {
+    return Exported([=](CK740ControlApp& app) {
+        CHostCallbacks& callbacks = app.Callbacks();
+        Register(app, callbacks.zcuStatus, zcuStatus, "PZCUSTATUS");
+        Register(app, callbacks.zoneStatus, zoneStatus, "PZONESTATUS");
+        Register(app, callbacks.zcuVolume, zcuVolume, "PZCUVOLUME");
+        Register(app, callbacks.monitorZone, monitorZone, "PMONITORZONE");
+        Register(app, callbacks.taskStatus, taskStatus, "PTASKSTATUS");
+        Register(app, callbacks.rpkStatus, rpkStatus, "PRPKSTATUS");
+        Register(app, callbacks.rpkPTTAudio, rpkPTTAudio, "PRPKPTTAUDIO");
+        return kOk;
+    });
+}
+
+extern "C" K740_API int K740_SetTrainCallback(PTRAINMESSAGE trainMessage, PTRAINAUDIO trainAudio) {
+    return Exported([=](CK740ControlApp& app) {
+        Register(app, app.Callbacks().trainMessage, trainMessage, "PTRAINMESSAGE");
+        Register(app, app.Callbacks().trainAudio, trainAudio, "PTRAINAUDIO");
+        return kOk;
+    });
+}
+
+extern "C" K740_API int K740_SetIntercomCallback(PINTERCOMMESSAGE intercomMessage, PINTERCOMAUDIO intercomAudio) {
+    return Exported([=](CK740ControlApp& app) {
+        Register(app, app.Callbacks().intercomMessage, intercomMessage, "PINTERCOMMESSAGE");
+        Register(app, app.Callbacks().intercomAudio, intercomAudio, "PINTERCOMAUDIO");
+        return kOk;
+    });
+}

@@ -1,0 +1,76 @@
+#include "app/host_callbacks.h"
+
+#include "common/format.h"
+#include "log/log.h"
+
+void CHostCallbacks::Clear() {
+    zcuStatus.Set(nullptr);
+    rpkStatus.Set(nullptr);
+    zoneStatus.Set(nullptr);
+    zcuVolume.Set(nullptr);
+    taskStatus.Set(nullptr);
+    monitorZone.Set(nullptr);
+    trainMessage.Set(nullptr);
+    trainAudio.Set(nullptr);
+    rpkPTTAudio.Set(nullptr);
+    intercomMessage.Set(nullptr);
+    intercomAudio.Set(nullptr);
+    EnableLog(false);
+}
+
+template <typename Function, typename Call, typename Describe>
+void CHostCallbacks::Deliver(const char* type, const CCallbackSlot<Function>& slot, Call call, Describe describe) {
+    const Function function = slot.Get();
+    if (function == nullptr) { return; }
+    call(function);
+    if (IsLogEnabled()) { m_log.PushLog2(type, kLogInfo, describe()); }
+}
+
+// The log prints every value unsigned, negative ones too; only volumes keep their sign.
+
+void CHostCallbacks::ZCUStatus(int deviceID, int status, int fault, int (&amplifiers)[8], int extraA, int extraB) {
+    Deliver(
+        "PZCUSTATUS", zcuStatus,
+        [&](PZCUSTATUS function) { function(deviceID, status, fault, amplifiers, extraA, extraB); },
+        [&] {
+            const auto& a = reinterpret_cast<const unsigned(&)[8]>(amplifiers);
+            return Format("PZCUSTATUS(%u, %u, %u, {%u,%u,%u,%u,%u,%u,%u,%u}, %u, %u)", unsigned(deviceID),
+                          unsigned(status), unsigned(fault), a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7],
+                          unsigned(extraA), unsigned(extraB));
+        });
+}
+
+void CHostCallbacks::ZoneStatus(int deviceID, int (&states)[8], unsigned (&tasks)[8]) {
+    Deliver(
+        "PZONESTATUS", zoneStatus, [&](PZONESTATUS function) { function(deviceID, states, tasks); },
+        [&] {
+            const auto& s = reinterpret_cast<const unsigned(&)[8]>(states);
+            return Format("PZONESTATUS(%u,  {%u,%u,%u,%u,%u,%u,%u,%u}, {%u,%u,%u,%u,%u,%u,%u,%u})", unsigned(deviceID),
+                          s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], tasks[0], tasks[1], tasks[2], tasks[3],
+                          tasks[4], tasks[5], tasks[6], tasks[7]);
+        });
+}
+
+void CHostCallbacks::ZCUVolume(int deviceID, int* volumes) {
+    Deliver(
+        "PZCUVOLUME", zcuVolume, [&](PZCUVOLUME function) { function(deviceID, volumes); },
+        [&] {
+            return Format("PZCUVOLUME(%u, {%d,%d,%d,%d,%d,%d,%d,%d})", unsigned(deviceID), volumes[0], volumes[1],
+                          volumes[2], volumes[3], volumes[4], volumes[5], volumes[6], volumes[7]);
+        });
+}
+
+void CHostCallbacks::TaskStatus(int taskID, int status) {
+    Deliver(
+        "PTASKSTATUS", taskStatus, [&](PTASKSTATUS function) { function(taskID, status); },
+        [&] { return Format("PTASKSTATUS(%u, %u)", unsigned(taskID), unsigned(status)); });
+}
+
+void CHostCallbacks::RPKStatus(int deviceID, int state, int activity, int wordA, int extra, int wordB) {
+    Deliver(
+        "PRPKSTATUS", rpkStatus, [&](PRPKSTATUS function) { function(deviceID, state, activity, wordA, extra, wordB); },
+        [&] {
+            return Format("PRPKSTATUS(%u, %u, %u, %u, %u, %u)", unsigned(deviceID), unsigned(state), unsigned(activity),
+                          unsigned(wordA), unsigned(extra), unsigned(wordB));
+        });
+}

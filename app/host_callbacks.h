@@ -1,0 +1,57 @@
+// The host's callbacks: their table, how they are called, and the log of their invocations.
+#pragma once
+
+#include "app/k740.h"
+
+#include <atomic>
+#include <string>
+
+class CLog;
+
+/// A place for one callback. The pointer is read once for each call, so that a host may switch it off at any time.
+template <typename Function> class CCallbackSlot {
+public:
+    void Set(Function function) { m_function = function; }
+    Function Get() const { return m_function; }
+
+private:
+    std::atomic<Function> m_function{nullptr};
+};
+
+/// Calls the host on the calling thread, which must hold no lock. While the callback log is on, each call is written to
+/// it after the host has returned. A callback that is not set is neither called nor logged. Any thread.
+class CHostCallbacks {
+public:
+    explicit CHostCallbacks(CLog& log) : m_log(log) {}
+
+    /// Switches every callback and the callback log off.
+    void Clear();
+    void EnableLog(bool enable) { m_logEnabled = enable; }
+    bool IsLogEnabled() const { return m_logEnabled; }
+
+    void ZCUStatus(int deviceID, int status, int fault, int (&amplifiers)[8], int extraA, int extraB);
+    void ZoneStatus(int deviceID, int (&states)[8], unsigned (&tasks)[8]);
+    /// @param volumes  at least eight
+    void ZCUVolume(int deviceID, int* volumes);
+    void TaskStatus(int taskID, int status);
+    void RPKStatus(int deviceID, int state, int activity, int wordA, int extra, int wordB);
+
+    CCallbackSlot<PZCUSTATUS> zcuStatus;
+    CCallbackSlot<PRPKSTATUS> rpkStatus;
+    CCallbackSlot<PZONESTATUS> zoneStatus;
+    CCallbackSlot<PZCUVOLUME> zcuVolume;
+    CCallbackSlot<PTASKSTATUS> taskStatus;
+    CCallbackSlot<PMONITORZONE> monitorZone;
+    CCallbackSlot<PTRAINMESSAGE> trainMessage;
+    CCallbackSlot<PTRAINAUDIO> trainAudio;
+    CCallbackSlot<PRPKPTTAUDIO> rpkPTTAudio;
+    CCallbackSlot<PINTERCOMMESSAGE> intercomMessage;
+    CCallbackSlot<PINTERCOMAUDIO> intercomAudio;
+
+private:
+    template <typename Function, typename Call, typename Describe>
+    void Deliver(const char* type, const CCallbackSlot<Function>& slot, Call call, Describe describe);
+
+    CLog& m_log;
+    std::atomic<bool> m_logEnabled{false};
+};

@@ -1,0 +1,344 @@
+/*
+ * K740 control library: the C interface of a controller for IP public-address and voice-alarm installations.
+ *
+ * Initialisation: every function but K740_Initialize, K740_SleepStart and K740_SleepEnd initialises the library when
+ * that has not happened yet, and returns -1 when it fails. A process initialises once: K740_Deinitialize stops the
+ * library's threads for good.
+ *
+ * Threads: any function may be called from any thread, also from within a callback. Callbacks run on threads of the
+ * library, several at once. Those called on a receiving thread hold up its port while they run, so a callback should
+ * return soon and must not wait for an answer of a device. Pointers handed to a callback are valid during the call
+ * only. Replacing a callback does not wait for a call in progress. Threads that are busy when K740_Deinitialize is
+ * called finish their step, which can take some 10 s, and may still call back.
+ *
+ * Texts are zero-terminated. A null text counts as an empty one unless stated otherwise. All audio is signed 16-bit
+ * little-endian mono PCM unless stated otherwise. Results are -1 for a bad argument unless stated otherwise; a refused
+ * call changes nothing.
+ *
+ * The library writes its log into the directory "k740log" below the directory that is current when it is initialised,
+ * ignores SIGPIPE for the process and sets the process's limit of open files to 50000.
+ */
+#ifndef K740_H
+#define K740_H
+
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define K740_API __attribute__((visibility("default")))
+#else
+#define K740_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------------------------------ callback types */
+/* The library ignores what a callback returns. */
+
+/**
+ * State of a zone controller: after every change, within about half a second, and once every 5 s.
+ *
+ * @param deviceID   controller, 1..999
+ * @param status     1, 2, 3 or 4 as the controller reports it, 0 for off line and everything else
+ * @param fault      fault byte of the controller
+ * @param amplifiers states of its eight amplifiers
+ * @param extraA     first extra status byte
+ * @param extraB     second extra status byte
+ */
+typedef int (*PZCUSTATUS)(int deviceID, int status, int fault, int* amplifiers, int extraA, int extraB);
+
+/**
+ * State of a paging station, once every 5 s.
+ *
+ * @param deviceID station, 5000..5999
+ * @param state    0 off line, 2 as the station reports it, 1 for every other state
+ * @param activity second byte of the report plus one
+ * @param wordA    first word of the report
+ * @param extra    last byte of the report
+ * @param wordB    second word of the report
+ */
+typedef int (*PRPKSTATUS)(int deviceID, int state, int activity, int wordA, int extra, int wordB);
+
+/**
+ * States of the zones of a zone controller, together with PZCUSTATUS.
+ *
+ * @param deviceID controller, 1..999
+ * @param states   eight zone states; 64 is added for a zone with a fault
+ * @param tasks    eight task words
+ */
+typedef int (*PZONESTATUS)(int deviceID, int* states, unsigned* tasks);
+
+/**
+ * Volumes that a zone controller has reported.
+ *
+ * @param deviceID controller, 1..999
+ * @param volumes  eight volumes (device type 0: four and then four times -1) or ten (device type 1), 0 quiet to
+ *                 19 loud, -1 where there is no such channel
+ */
+typedef int (*PZCUVOLUME)(int deviceID, int* volumes);
+
+/**
+ * State of a task: 0 ended, 1 accepted, 2 broadcasting, -1 no free channel, -2 group not joined, -3 no zone controller
+ * could be triggered.
+ */
+typedef int (*PTASKSTATUS)(int taskID, int status);
+
+/** Audio of a monitored zone, 44.1 kHz. @param length bytes */
+typedef int (*PMONITORZONE)(int deviceID, int zone, unsigned char* audio, int length);
+
+/** Event of a virtual zone controller. @param message 1 play request accepted, 2 playing ended */
+typedef int (*PTRAINMESSAGE)(int sourceID, int deviceID, int message);
+
+/** Audio that a virtual zone controller plays, 44.1 kHz. @param length bytes */
+typedef int (*PTRAINAUDIO)(int sourceID, int taskID, unsigned char* audio, int length);
+
+/** Push-to-talk audio of a paging station, 44.1 kHz. @param kind 3 @param length bytes */
+typedef int (*PRPKPTTAUDIO)(int deviceID, int kind, unsigned char* audio, int length);
+
+/** Event of an intercom call. @param message 1 station invites, 2 station hung up, 3 station accepted */
+typedef int (*PINTERCOMMESSAGE)(int stationID, int intercomID, int message);
+
+/** Audio of the station in an intercom call, 44.1 kHz. @param length bytes */
+typedef int (*PINTERCOMAUDIO)(int stationID, unsigned char* audio, int length);
+
+/* -------------------------------------------------------------------------------------- lifecycle, configuration */
+
+/**
+ * Initialises the library: sets every setting to its default, creates "k740log", starts the library's threads and
+ * opens UDP ports 28001 and 29001. Takes about 50 ms. A port that cannot be opened is reported in the log only.
+ *
+ * @return 0; -1 when the library has been initialised already, also after K740_Deinitialize
+ */
+K740_API int K740_Initialize(void);
+
+/**
+ * Asks all threads to end and frees the ports. Tasks end with their close requests to the devices. Returns within some
+ * 100 ms; threads that are busy end by themselves. Devices and settings stay, but nothing runs any more.
+ *
+ * @return 0
+ */
+K740_API int K740_Deinitialize(void);
+
+/**
+ * Sets the device ID under which the library speaks.
+ *
+ * @param nodeID 9500..9999, 9500 by default
+ * @return       0; -1 out of range
+ */
+K740_API int K740_SetNodeID(int nodeID);
+
+/**
+ * Sets the format of the audio given to K740_SendAudioStreamProc, for tasks that start from now on.
+ *
+ * @param format 0: 44.1 kHz (default), 1: 22.05 kHz
+ * @return       0; -1 for any other value
+ */
+K740_API int K740_SetAudioStreamFormat(int format);
+
+/**
+ * Sets the first of the 200 consecutive multicast groups that tasks use. It counts until the first task starts.
+ *
+ * @param address group, first octet 224..239, "225.0.0.1" by default; blanks around it are dropped
+ * @return        0; -1 for null or no group
+ */
+K740_API int K740_SetFirstMulticastIP(const char* address);
+
+/**
+ * Sets the network interface for multicast.
+ *
+ * @param address IPv4 address of the interface; by default the system chooses
+ * @return        0; -1 for null or when the first octet is no unicast network (0, 127, 224..239, above 255)
+ */
+K740_API int K740_SetNIC(const char* address);
+
+/**
+ * Switches voice-alarm (emergency) mode of a zone controller on.
+ *
+ * @param deviceID controller, 1..999
+ * @param priority 1..255, 255 being the highest
+ * @return         0 when the request was sent; -1 otherwise, also for an unknown device
+ */
+K740_API int K740_EnterVAMode(int deviceID, int priority);
+
+/** Switches voice-alarm mode off. Arguments and results as for K740_EnterVAMode. */
+K740_API int K740_ExitVAMode(int deviceID, int priority);
+
+/** Pacing record of a host thread; zero it before its first use. */
+typedef struct K740_PACING {
+    int64_t seconds; /* start of the period, of the real-time clock */
+    int64_t microseconds;
+    unsigned char unused[20];
+    int32_t correction; /* milliseconds carried from one period to the next */
+} K740_PACING;
+
+/** Marks the start of a period. Null does nothing. Does not initialise the library. */
+K740_API void K740_SleepStart(K740_PACING* pacing);
+
+/**
+ * Sleeps the rest of a period: the period less what earlier ones ran over, at most 5 ms either way.
+ *
+ * @param periodMs length of the period in milliseconds
+ * @param pacing   marked by K740_SleepStart at the start of this period; null does not sleep
+ * @return         milliseconds since K740_SleepStart; 0 for null. Does not initialise the library.
+ */
+K740_API int K740_SleepEnd(unsigned periodMs, K740_PACING* pacing);
+
+/**
+ * Switches the log of callback invocations: one file per callback type in "k740log".
+ *
+ * @param enable 1 on, 0 off (default)
+ * @return       0; -1 for any other value
+ */
+K740_API int K740_EnableCallbackLog(int enable);
+
+/* ------------------------------------------------------------------------------------------------------ callbacks */
+
+/** Registers the callbacks of devices and tasks. A null pointer switches its callback off. @return 0 */
+K740_API int K740_SetDeviceCallback(PZCUSTATUS zcuStatus, PZONESTATUS zoneStatus, PZCUVOLUME zcuVolume,
+                                    PTASKSTATUS taskStatus, PMONITORZONE monitorZone, PRPKSTATUS rpkStatus,
+                                    PRPKPTTAUDIO rpkPTTAudio);
+
+/** Registers the callbacks of virtual zone controllers. A null pointer switches its callback off. @return 0 */
+K740_API int K740_SetTrainCallback(PTRAINMESSAGE trainMessage, PTRAINAUDIO trainAudio);
+
+/** Registers the callbacks of intercom calls. A null pointer switches its callback off. @return 0 */
+K740_API int K740_SetIntercomCallback(PINTERCOMMESSAGE intercomMessage, PINTERCOMAUDIO intercomAudio);
+
+/* -------------------------------------------------------------------------------------------------------- devices */
+
+/**
+ * Registers a device and greets it: a zone controller or paging station is sent a heartbeat at once and counts as off
+ * line until it reports. At most 500 devices.
+ *
+ * @param deviceID   types 0, 1 and 9: 1..999; types 2 and 10: 5000..5999; type 3: 7000..7999; others: any
+ * @param deviceType 0 and 1 zone controller (version 2, version 3), 2 paging station, 3 network AUX interface, 9
+ * virtual zone controller and 10 virtual paging station (both played by the library itself), 4..8 others
+ * @param address    IPv4 address, unique among the devices; not needed for types 9 and 10
+ * @return           0; -1 for a bad argument, an ID or address in use or a full table; the log says which
+ */
+K740_API int K740_AddDevice(int deviceID, int deviceType, const char* address);
+
+/** Forgets a device. @return 0; -1 when it is not registered */
+K740_API int K740_RemoveDevice(int deviceID);
+
+/**
+ * Copies the list of registered devices, by ascending ID, as text: "<ID>   <type> <address>;" for each device, such as
+ * "1   1 192.168.1.20;".
+ *
+ * @param buffer receives at most size characters and a terminating zero; size + 1 bytes are written, always, so it must
+ *               hold as many; null asks for the length only
+ * @param size   bytes, without the terminating zero; below 1 copies nothing
+ * @return       length of the whole list in bytes, whether it fitted or not
+ */
+K740_API int K740_GetDeviceList(char* buffer, int size);
+
+/**
+ * Sets the multicast group on which a paging station sends its push-to-talk audio. May block for up to 3 s.
+ *
+ * @param deviceID paging station
+ * @param address  group; empty or null switches off
+ * @return         0; -1 not a registered paging station; -2 no multicast address; -3 the reception of the former group
+ *                 did not end in time, no group is set then
+ */
+K740_API int K740_SetRPKPTTMulticastIP(int deviceID, const char* address);
+
+/* ---------------------------------------------------------------------------------------------------------- tasks */
+/*
+ * Zones are named by a text of items separated by ";", each of six hexadecimal characters: four for the ID of the zone
+ * controller and two for its zones (bit 0 = zone 1), such as "0021FF;002203". "FFFFFF" names every zone of every
+ * registered controller. One item at least must name a registered controller.
+ */
+
+/**
+ * Starts a task whose audio the host then gives to K740_SendAudioStreamProc. Returns at once; PTASKSTATUS tells how the
+ * task goes on: 1 (during the call), then 2 when a zone controller has joined, or -1, -2 or -3 within some 4 s.
+ *
+ * @param taskID           1..50000
+ * @param volume           0..100 percent
+ * @param priority         56..255, 255 being the highest
+ * @param recovery         1: zone controllers return to what they played before; 0: their stream is ended for good
+ * @param zones            see above; blanks around it are dropped
+ * @param dryContactOutput 1: switch the zones' contact outputs; 0: leave them
+ * @return                 0 accepted; -1 bad argument; -2 the task is accepted or broadcasting already; -3 200 tasks
+ *                         are, and the state becomes -1
+ */
+K740_API int K740_StartAudioStreamTask(int taskID, int volume, int priority, int recovery, const char* zones,
+                                       int dryContactOutput);
+
+/**
+ * Starts a task that broadcasts an AUX input, which its device sends to a multicast group. Returns at once, as above.
+ *
+ * @param taskID           1..50000
+ * @param priority         56..255
+ * @param deviceID         7000..7999 with AUX port 0..4, or 1..999 with AUX port 0..2
+ * @param multicastIP      group to which the device sends
+ * @param auxPort          see deviceID
+ * @param recovery         0 or 1
+ * @param zones            see above
+ * @param dryContactOutput 0 or 1
+ * @return                 0 accepted; -1 bad argument; -2 the task is accepted or broadcasting already
+ */
+K740_API int K740_StartNetAUXTask(int taskID, int priority, int deviceID, const char* multicastIP, int auxPort,
+                                  int recovery, const char* zones, int dryContactOutput);
+
+/**
+ * Stops a task. A running task ends within some 150 ms and then reports state 0, once; for any other PTASKSTATUS is
+ * called with state 0 during this call.
+ *
+ * @return 0; -1 when the ID is outside 1..50000
+ */
+K740_API int K740_StopTask(int taskID);
+
+/** @return state of the task (see PTASKSTATUS), 0 when unknown; -1 also when the ID is outside 1..50000 */
+K740_API int K740_GetTaskStatus(int taskID);
+
+/**
+ * Lists the accepted and broadcasting tasks.
+ *
+ * @param ids      receives their IDs
+ * @param maxCount places in ids
+ * @return         number of all known tasks, failed ones included, not the number written; -1 for null or no place
+ */
+K740_API int K740_GetRunningTasks(int* ids, int maxCount);
+
+/**
+ * Makes more zone controllers join a broadcasting task. Returns without waiting for them.
+ *
+ * @return 0; -1 for bad zones; -2 when the task is not broadcasting
+ */
+K740_API int K740_AddZones(int taskID, const char* zones);
+
+/**
+ * Gives audio to a broadcasting task. It is sent as soon as 2048 samples of 44.1 kHz are there; the host sets the pace.
+ * Never blocks for the network. A chunk is taken whole or not at all.
+ *
+ * @param taskID task
+ * @param data   PCM of the format set by K740_SetAudioStreamFormat; copied
+ * @param length bytes: 1..4096 in format 0, 1..2048 in format 1
+ * @return       0; -1 bad argument, chunk too long, no room (1,920,000 bytes wait) or the library is shutting down;
+ *               -2 the task holds no channel; -3 the task is not broadcasting
+ */
+K740_API int K740_SendAudioStreamProc(int taskID, unsigned char* data, int length);
+
+/* ------------------------------------------------------------------------------------------------ paging stations */
+
+/**
+ * Tells a paging station to start one of its own tasks. Blocks until it answers, for up to some 4 s.
+ *
+ * @param deviceID paging station, 5000..5999
+ * @param taskID   3 or 7
+ * @param priority 56..255
+ * @param zones    see above; at most 97 items
+ * @return         0 done; -1 bad argument or unknown station; -2 no answer; -3 the station refused
+ */
+K740_API int K740_StartRPKTask(int deviceID, int taskID, int priority, const char* zones);
+
+/** Tells a paging station to stop one of its own tasks. Arguments, blocking and results as for K740_StartRPKTask. */
+K740_API int K740_StopRPKTask(int deviceID, int taskID);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
