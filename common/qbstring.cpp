@@ -22,15 +22,15 @@ char Upper(char c) {
 
 void SplitStringToVector(const std::string& text, const std::string& separator, std::vector<std::string>& out) {
     out.clear();
+    if (text.empty()) { return; }
+    if (separator.empty()) {
+        out.push_back(text);
+        return;
+    }
+    const std::string closed = text.ends_with(separator) ? text : text + separator;
     std::size_t start = 0;
-    while (start < text.size()) {
-        const std::size_t end = separator.empty() ? std::string::npos : text.find(separator, start);
-        if (end == std::string::npos) {
-            out.push_back(text.substr(start));
-            return;
-        }
-        out.push_back(text.substr(start, end - start));
-        start = end + separator.size();
+    for (std::size_t end; (end = closed.find(separator, start)) != std::string::npos; start = end + separator.size()) {
+        out.push_back(closed.substr(start, end - start));
     }
 }
 

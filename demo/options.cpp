@@ -1,9 +1,9 @@
 #include "demo/options.h"
 
-#include <getopt.h>
-
 #include <algorithm>
-#include <cstdlib>
+#include <iterator>
+#include <string_view>
+#include <utility>
 
 const char* const kDemoUsage = "usage: k740demo [options]\n"
                                "Broadcasts a WAV file to zone 1 of zone controller 33.\n"

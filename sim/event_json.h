@@ -1,0 +1,19 @@
+// Events and recordings as JSON, one object per line.
+#pragma once
+
+#include "sim/journal.h"
+#include "sim/recording.h"
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+
+namespace k740::sim {
+
+/// Fields: time (s since start), device, event, peer; for command packets also command (hexadecimal text), source,
+/// destination and length.
+nlohmann::ordered_json ToJson(const Event& event, Clock::time_point start);
+
+/// Fields: event "recording", device, task, zones (mask), group, node, the counts, and the times in s since start.
+nlohmann::ordered_json ToJson(const Recording& recording, std::uint32_t device, Clock::time_point start);
+
+} // namespace k740::sim

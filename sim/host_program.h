@@ -1,0 +1,30 @@
+// A host under test: a program that is started beside the simulated devices.
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace k740::sim {
+
+/// A running program. It starts in the network namespace of the thread that makes the object, and is killed with it.
+class HostProgram {
+public:
+    /// @param command  program, looked for in PATH, and its arguments
+    /// @throws std::system_error when it cannot be started
+    explicit HostProgram(std::vector<std::string> command);
+    ~HostProgram();
+    HostProgram(const HostProgram&) = delete;
+    HostProgram& operator=(const HostProgram&) = delete;
+
+    /// @return its exit status once it has ended, 128 and the signal's number when a signal has ended it
+    [[nodiscard]] std::optional<int> ExitStatus();
+
+private:
+    pid_t m_process = -1;
+    std::optional<int> m_status;
+};
+
+} // namespace k740::sim

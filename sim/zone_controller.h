@@ -1,0 +1,89 @@
+// A simulated zone controller: answers play requests, joins their groups and keeps what its zones hear.
+#pragma once
+
+#include "sim/device.h"
+#include "sim/play_session.h"
+#include "sim/recording.h"
+#include "sim/records.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace k740::sim {
+
+enum class PlayReply {
+    AcceptWithJoin,    // accepts, joins the group and reports so
+    AcceptWithoutJoin, // accepts with join flag 0: joins, no report
+    Accept255,         // accepts with result 255: joins, no report
+    Refuse,            // result as set, joins nothing
+    Silent,            // no answer, joins nothing
+    JoinRefused,       // accepts with join flag 1, then reports a join status other than 1
+    JoinNever,         // accepts with join flag 1, then neither joins nor reports
+};
+
+/// How a controller meets a play request.
+struct PlayBehaviour {
+    PlayReply reply = PlayReply::AcceptWithJoin;
+    std::uint16_t refusal = 2;     // result of Refuse
+    std::uint16_t joinRefusal = 2; // status of JoinRefused
+    std::chrono::milliseconds answerDelay{0};
+    std::chrono::milliseconds joinDelay{0}; // from the answer to the join and its report
+    bool answerTwice = false;               // two answers with different tokens; the join report has the second's
+};
+
+/// All public functions are safe in every thread and have taken effect when they return.
+class ZoneController : public Device {
+public:
+    ZoneController(const Surroundings& surroundings, std::uint32_t id, const std::string& address);
+
+    void SetBehaviour(const PlayBehaviour& behaviour);
+    /// How much is kept of the broadcasts that begin from now on. Samples, unless set.
+    void SetKeep(Keep keep);
+
+    void SendStatus(const StatusReport& report, std::uint16_t port = kReplyPort);
+    /// Sends the report now and then every period; a period of 0 ends that.
+    void RepeatStatus(const StatusReport& report, std::chrono::milliseconds period = std::chrono::seconds(2));
+    /// A report without faults that names this controller.
+    [[nodiscard]] StatusReport QuietStatus() const;
+
+    /// The broadcasts so far, in the order in which they were joined; the last ones may still be going on.
+    [[nodiscard]] std::vector<Recording> Recordings() const;
+    /// What a zone (1 to 8) heard in all of them, one after the other; 44.1 kHz mono.
+    [[nodiscard]] std::vector<std::int16_t> HeardIn(int zone) const;
+    /// Zones that were part of any broadcast, bit 0 is zone 1.
+    [[nodiscard]] std::uint32_t ZonesServed() const;
+    /// Audio datagrams of all broadcasts.
+    [[nodiscard]] std::size_t CountDatagrams() const;
+    /// Blocks until that many audio datagrams have come in all. Not for the reactor's thread.
+    [[nodiscard]] bool WaitForDatagrams(std::size_t count, std::chrono::milliseconds timeout) const;
+    /// Whether it is in the group of a task.
+    [[nodiscard]] bool IsListening(std::uint32_t taskId) const;
+    /// Writes what a zone heard as a 44.1 kHz mono 16 bit file.
+    void WriteWav(int zone, const std::string& path) const;
+
+protected:
+    void Handle(const Packet& packet, const Datagram& datagram) override;
+
+private:
+    void AnswerPlay(const Packet& packet, const Endpoint& requester, const PlayRequest& request,
+                    const PlayBehaviour& behaviour);
+    void JoinAndReport(const Packet& packet, const Endpoint& requester, const PlayRequest& request,
+                       const PlayBehaviour& behaviour, JoinReport report);
+    bool Join(const PlayRequest& request);
+    void Leave(PlaySession& session);
+    void CloseAudio(std::uint32_t taskId);
+    void CloseZones(std::uint32_t mask);
+    void NoteGroup(Event::Kind kind, const Endpoint& group, const Datagram& datagram);
+    [[nodiscard]] PlaySession* OpenSession(std::uint32_t taskId) const;
+
+    // Of the reactor's thread.
+    PlayBehaviour m_behaviour;
+    Keep m_keep = Keep::Samples;
+    std::vector<std::unique_ptr<PlaySession>> m_sessions; // in the order of joining, closed ones included
+};
+
+} // namespace k740::sim
