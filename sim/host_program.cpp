@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <system_error>
 
@@ -38,9 +39,8 @@ private:
 } // namespace
 
 HostProgram::HostProgram(std::vector<std::string> command) {
-    std::vector<char*> arguments;
-    for (std::string& word : command) { arguments.push_back(word.data()); }
-    arguments.push_back(nullptr);
+    std::vector<char*> arguments(command.size() + 1, nullptr);
+    std::transform(command.begin(), command.end(), arguments.begin(), [](std::string& word) { return word.data(); });
     const DefaultSignals signals;
     const int error = posix_spawnp(&m_process, arguments[0], nullptr, signals.Get(), arguments.data(), environ);
     if (error != 0) { throw std::system_error(error, std::generic_category(), "cannot start " + command.at(0)); }

@@ -1,0 +1,17 @@
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${ARGN}: ${result}\n${output}")
+  endif()
+endfunction()
+
+file(REMOVE_RECURSE ${PREFIX})
+run(${CMAKE_COMMAND} --install ${BUILD_DIRECTORY} --prefix ${PREFIX})
+set(sanitize "")
+if(SANITIZE)
+  set(sanitize -fsanitize=${SANITIZE})
+endif()
+set(libraries ${PREFIX}/${LIBRARY_DIRECTORY})
+run(${C_COMPILER} -std=c99 -pedantic -Wall -Wextra -Werror ${sanitize} -I${PREFIX}/include ${HOST_SOURCE}
+  -L${libraries} -lk740 -Wl,-rpath,${libraries} -o ${PREFIX}/host)
+run(${PREFIX}/host)
