@@ -1,18 +1,27 @@
 #include "common/clock_text.h"
 
 #include "common/format.h"
+#include "common/immortal.h"
+#include "common/sem.h"
 
 #include <sys/time.h>
 #include <time.h>
 
 namespace {
 
+constinit CImmortal<CQBSem> g_zoneLock; // tzset replaces what localtime_r reads
+
 enum class Parts { Date, DateAndTime };
 
-std::string LocalTime(time_t t, Parts wanted) {
+bool BreakDown(time_t t, tm& local) {
+    const CQBSemLocker lock(&*g_zoneLock);
     tzset(); // localtime_r(3) need not look at TZ again; the host may have changed it
+    return localtime_r(&t, &local) != nullptr;
+}
+
+std::string LocalTime(time_t t, Parts wanted) {
     tm local{};
-    if (localtime_r(&t, &local) == nullptr) { return {}; }
+    if (!BreakDown(t, local)) { return {}; }
     char text[64];
     const std::size_t length = wanted == Parts::Date ? strftime(text, sizeof(text), "%Y-%m-%d", &local)
                                                      : strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &local);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace {
 constexpr unsigned kPollMs = 10;
@@ -54,6 +55,12 @@ void CZoneTriggers::StartThread(const std::string& item, void* (*thread)(void*))
 }
 
 int CZoneTriggers::WaitForTriggerZCU(const std::function<bool()>& giveUp) {
+    const int result = AwaitFirst(giveUp);
+    CloseThreadHandle(std::exchange(m_running, {}));
+    return result;
+}
+
+int CZoneTriggers::AwaitFirst(const std::function<bool()>& giveUp) {
     if (m_running.empty()) { return kNoTriggers; }
     CQBTime waited;
     waited.TimeStart();

@@ -31,7 +31,7 @@ public:
     /// Starts a thread for every item of the zone string.
     void Start(const std::string& zones, void* (*thread)(void*));
 
-    /// Waits until one controller has joined, at most 4 s.
+    /// Waits until one controller has joined, at most 4 s; then leaves the threads that still run to themselves.
     /// @param giveUp  asked in every pass; true ends the wait as if a controller had joined
     /// @return        kTriggered, or one of the failures above
     int WaitForTriggerZCU(const std::function<bool()>& giveUp);
@@ -43,6 +43,7 @@ public:
 
 private:
     void StartThread(const std::string& item, void* (*thread)(void*));
+    int AwaitFirst(const std::function<bool()>& giveUp);
     bool JoinEnded();
 
     CK740ControlApp& m_app;

@@ -1,0 +1,223 @@
+#include "player/task_status.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+namespace k740::test {
+namespace {
+
+using Acceptance = CTaskStatusTable::Acceptance;
+
+class TaskStatusTest : public ::testing::Test {
+protected:
+    TaskInstance Accept(int taskID) {
+        TaskInstance instance = 0;
+        EXPECT_EQ(Acceptance::Accepted, m_table.Accept(taskID, std::nullopt, instance));
+        return instance;
+    }
+    bool Broadcast(int taskID, TaskInstance instance) {
+        tagTASK_STATUS record;
+        record.taskID = taskID;
+        record.status = kTaskBroadcasting;
+        record.priority = 70;
+        return m_table.BeginBroadcast(instance, record);
+    }
+
+    CTaskStatusTable m_table;
+};
+
+TEST_F(TaskStatusTest, AnUnknownTaskHasStateZero) {
+    EXPECT_EQ(0, m_table.Status(1));
+    EXPECT_FALSE(m_table.Find(1));
+}
+
+TEST_F(TaskStatusTest, AnAcceptedTaskHasStateOneAndNothingElse) {
+    Accept(1);
+    const auto record = m_table.Find(1);
+    ASSERT_TRUE(record);
+    EXPECT_EQ(1, record->status);
+    EXPECT_EQ(0, record->priority);
+    EXPECT_EQ(0, record->audioSource);
+    EXPECT_EQ("", record->multicastIP);
+}
+
+TEST_F(TaskStatusTest, SetChangesAppendsAndRemoves) {
+    m_table.Set(1, -3);
+    EXPECT_EQ(-3, m_table.Status(1));
+    m_table.Set(1, 2);
+    EXPECT_EQ(2, m_table.Status(1));
+    m_table.Set(1, 0);
+    EXPECT_FALSE(m_table.Find(1));
+    m_table.Set(2, 0);
+    EXPECT_FALSE(m_table.Find(2));
+}
+
+TEST_F(TaskStatusTest, SetWithARecordReplacesTheEntryAndStateZeroRemovesIt) {
+    tagTASK_STATUS record;
+    record.taskID = 1;
+    record.status = 2;
+    record.priority = 99;
+    m_table.Set(record);
+    EXPECT_EQ(99, m_table.Find(1)->priority);
+    record.priority = 100;
+    m_table.Set(record);
+    EXPECT_EQ(100, m_table.Find(1)->priority);
+    record.status = 0;
+    m_table.Set(record);
+    EXPECT_FALSE(m_table.Find(1));
+}
+
+TEST_F(TaskStatusTest, ARunningTaskIsNotAcceptedAgain) {
+    TaskInstance instance = Accept(1);
+    EXPECT_EQ(Acceptance::AlreadyRunning, m_table.Accept(1, std::nullopt, instance));
+    EXPECT_TRUE(Broadcast(1, instance));
+    EXPECT_EQ(Acceptance::AlreadyRunning, m_table.Accept(1, std::nullopt, instance));
+}
+
+TEST_F(TaskStatusTest, AFailedTaskIsAcceptedAgain) {
+    for (const int failure : {-1, -2, -3}) {
+        m_table.Set(1, static_cast<short>(failure));
+        Accept(1);
+        EXPECT_EQ(1, m_table.Status(1));
+    }
+}
+
+TEST_F(TaskStatusTest, TheLimitCountsAcceptedAndBroadcastingTasks) {
+    TaskInstance instance = Accept(1);
+    EXPECT_TRUE(Broadcast(1, instance));
+    Accept(2);
+    m_table.Set(3, -3);
+    EXPECT_EQ(2, m_table.RunningTasks());
+    EXPECT_EQ(Acceptance::Accepted, m_table.Accept(4, 3, instance));
+    EXPECT_EQ(Acceptance::LimitReached, m_table.Accept(5, 3, instance));
+    EXPECT_EQ(-1, m_table.Status(5));
+    EXPECT_EQ(Acceptance::LimitReached, m_table.Accept(3, 3, instance));
+    EXPECT_EQ(-1, m_table.Status(3));
+}
+
+TEST_F(TaskStatusTest, ARunningTaskIsReportedAsRunningEvenAtTheLimit) {
+    TaskInstance instance = Accept(1);
+    EXPECT_EQ(Acceptance::AlreadyRunning, m_table.Accept(1, 1, instance));
+}
+
+TEST_F(TaskStatusTest, RunningTasksAreListedInOrderAndAllEntriesAreCounted) {
+    Accept(30);
+    m_table.Set(20, -3);
+    Accept(10);
+    std::array<int, 4> ids{-7, -7, -7, -7};
+    EXPECT_EQ(3, m_table.ListRunning(ids.data(), 4));
+    EXPECT_EQ((std::array<int, 4>{30, 10, -7, -7}), ids);
+}
+
+TEST_F(TaskStatusTest, NoMoreAreListedThanThereIsRoomFor) {
+    Accept(30);
+    Accept(10);
+    std::array<int, 2> ids{-7, -7};
+    EXPECT_EQ(2, m_table.ListRunning(ids.data(), 1));
+    EXPECT_EQ((std::array<int, 2>{30, -7}), ids);
+}
+
+TEST_F(TaskStatusTest, RemoveTellsTheStateThatWas) {
+    EXPECT_EQ(0, m_table.Remove(1));
+    Accept(1);
+    EXPECT_EQ(1, m_table.Remove(1));
+    m_table.Set(1, -2);
+    EXPECT_EQ(-2, m_table.Remove(1));
+    EXPECT_EQ(0, m_table.Status(1));
+}
+
+TEST_F(TaskStatusTest, AStoppedTaskIsNotBroughtBackByItsThread) {
+    const TaskInstance instance = Accept(1);
+    m_table.Remove(1);
+    EXPECT_TRUE(m_table.IsStopped(1, instance));
+    EXPECT_FALSE(Broadcast(1, instance));
+    EXPECT_EQ(0, m_table.Status(1));
+}
+
+TEST_F(TaskStatusTest, ALaterAcceptanceStopsTheEarlierThread) {
+    const TaskInstance first = Accept(1);
+    EXPECT_TRUE(Broadcast(1, first));
+    m_table.Remove(1);
+    const TaskInstance second = Accept(1);
+    EXPECT_TRUE(m_table.IsStopped(1, first));
+    EXPECT_TRUE(m_table.IsSuperseded(1, first));
+    EXPECT_FALSE(m_table.IsSuperseded(1, second));
+    EXPECT_FALSE(m_table.IsStopped(1, second));
+    EXPECT_FALSE(Broadcast(1, first));
+    EXPECT_EQ(1, m_table.Status(1));
+}
+
+TEST_F(TaskStatusTest, TheEarlierThreadsEndLeavesTheLaterTaskAlone) {
+    const TaskInstance first = Accept(1);
+    m_table.Remove(1);
+    const TaskInstance second = Accept(1);
+    EXPECT_TRUE(m_table.HasPredecessor(1, second));
+    EXPECT_EQ(0, m_table.Conclude(1, first, 0));
+    EXPECT_FALSE(m_table.HasPredecessor(1, second));
+    EXPECT_EQ(1, m_table.Status(1));
+}
+
+TEST_F(TaskStatusTest, AFailureOfTheEarlierThreadIsReportedAsStopped) {
+    const TaskInstance first = Accept(1);
+    m_table.Remove(1);
+    Accept(1);
+    EXPECT_EQ(0, m_table.Conclude(1, first, -3));
+    EXPECT_EQ(1, m_table.Status(1));
+}
+
+TEST_F(TaskStatusTest, AFailureStaysToBeSeenAlsoWhenTheTaskWasStopped) {
+    const TaskInstance instance = Accept(1);
+    m_table.Remove(1);
+    EXPECT_EQ(-3, m_table.Conclude(1, instance, -3));
+    EXPECT_EQ(-3, m_table.Status(1));
+}
+
+TEST_F(TaskStatusTest, TheFirstThreadHasNoPredecessor) {
+    const TaskInstance first = Accept(1);
+    EXPECT_FALSE(m_table.HasPredecessor(1, first));
+    m_table.Remove(1);
+    const TaskInstance second = Accept(1);
+    m_table.Remove(1);
+    const TaskInstance third = Accept(1);
+    m_table.Conclude(1, first, 0);
+    EXPECT_TRUE(m_table.HasPredecessor(1, third)); // the second
+    EXPECT_FALSE(m_table.HasPredecessor(1, second));
+}
+
+TEST_F(TaskStatusTest, OneOfManyConcurrentStartsOfAnIDIsAccepted) {
+    for (int taskID = 1; taskID <= 50; ++taskID) {
+        std::atomic<int> accepted{0};
+        std::vector<std::thread> hosts;
+        for (int i = 0; i < 4; ++i) {
+            hosts.emplace_back([&] {
+                TaskInstance instance = 0;
+                if (m_table.Accept(taskID, 200, instance) == Acceptance::Accepted) { ++accepted; }
+            });
+        }
+        for (std::thread& host : hosts) { host.join(); }
+        EXPECT_EQ(1, accepted);
+    }
+}
+
+TEST_F(TaskStatusTest, ConcurrentStartsDoNotPassTheLimit) {
+    std::atomic<int> accepted{0};
+    std::vector<std::thread> hosts;
+    for (int host = 0; host < 4; ++host) {
+        hosts.emplace_back([&, host] {
+            for (int i = 0; i < 100; ++i) {
+                TaskInstance instance = 0;
+                if (m_table.Accept(1 + host * 100 + i, 200, instance) == Acceptance::Accepted) { ++accepted; }
+            }
+        });
+    }
+    for (std::thread& host : hosts) { host.join(); }
+    EXPECT_EQ(200, accepted);
+    EXPECT_EQ(200, m_table.RunningTasks());
+}
+
+} // namespace
+} // namespace k740::test
