@@ -2,6 +2,11 @@
 
 #include <sys/socket.h>
 
+void CSharedDescriptor::Expect() {
+    const CQBSemLocker lock(&m_lock);
+    m_open = true;
+}
+
 void CSharedDescriptor::Publish(int descriptor) {
     const CQBSemLocker lock(&m_lock);
     m_descriptor = descriptor;

@@ -9,6 +9,8 @@
 /// somebody else's file; shutdown(2) wakes it.
 class CSharedDescriptor {
 public:
+    /// Whoever starts the owner: a socket will be opened soon. The owner withdraws it, opened or not.
+    void Expect();
     /// Owner: makes the socket known.
     void Publish(int descriptor);
     /// Owner: calls close, which closes the socket, so that nobody can touch the number any more.
@@ -21,7 +23,7 @@ public:
 
     /// Anybody: ends the owner's blocking call, now and for good. Nothing happens without a socket.
     void WakeOwner();
-    /// @return whether the owner still holds the socket, woken or not
+    /// @return whether the owner holds the socket, woken or not, or may still open it
     bool IsOpen() const;
 
 private:

@@ -31,10 +31,18 @@ static_assert(sizeof(ReceiveBuffer) == kReceiveBufferBytes);
 
 void CCommunication::Initialization() {
     m_state = kBound;
+    StartReceiver(ThreadReceiver29001, m_socket29001);
+    StartReceiver(ThreadReceiver28001, m_socket28001);
     pthread_t thread{};
-    createThread(thread, ThreadReceiver29001, this, 1);
-    createThread(thread, ThreadReceiver28001, this, 1);
     createThread(thread, ThreadSender, this, 1);
+}
+
+void CCommunication::StartReceiver(void* (*receiver)(void*), CSharedDescriptor& shared) {
+    shared.Expect();
+    pthread_t thread{};
+    if (createThread(thread, receiver, this, 1) != 0) {
+        shared.Withdraw([] {});
+    }
 }
 
 void CCommunication::ProcessResponse(const _vxa_cmd_packet_t* packet, const std::string& senderIP) {
@@ -85,21 +93,21 @@ void* CCommunication::ThreadReceiver29001(void* hub) {
 
 void CCommunication::RunReceiver(int port, CSharedDescriptor& shared) {
     CQBUDP socket;
+    if (!m_app.Lifetime().IsExiting()) { ReceiveOn(port, socket, shared); }
+    shared.Withdraw([&socket] { socket.Close(); });
+}
+
+void CCommunication::ReceiveOn(int port, CQBUDP& socket, CSharedDescriptor& shared) {
     const int descriptor = socket.create_udp_host(port);
     if (descriptor < 0) {
-        ReportBindFailure(port);
+        m_state = kBindFailed;
+        m_app.Log().PushLog("Player", kLogError, Format("Failed to bind udp port %d", port));
         return;
     }
     m_state = kBound;
     // The socket is made known before the exit flag is looked at: whoever sets the flag then finds the socket to wake.
     shared.Publish(descriptor);
     ReceivePackets(descriptor);
-    shared.Withdraw([&socket] { socket.Close(); });
-}
-
-void CCommunication::ReportBindFailure(int port) {
-    m_state = kBindFailed;
-    m_app.Log().PushLog("Player", kLogError, Format("Failed to bind udp port %d", port));
 }
 
 void CCommunication::ReceivePackets(int descriptor) {

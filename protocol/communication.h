@@ -45,7 +45,7 @@ public:
 
     /// Makes all three threads notice the exit flag.
     void WakeThreads();
-    /// @return whether a receiver still holds its port
+    /// @return whether a receiver holds its port or may still open it
     bool HoldsPorts() const { return m_socket28001.IsOpen() || m_socket29001.IsOpen(); }
     int State() const { return m_state; }
 
@@ -54,9 +54,10 @@ private:
     static void* ThreadReceiver29001(void* hub);
     static void* ThreadSender(void* hub);
 
+    void StartReceiver(void* (*receiver)(void*), CSharedDescriptor& shared);
     void RunReceiver(int port, CSharedDescriptor& shared);
+    void ReceiveOn(int port, CQBUDP& socket, CSharedDescriptor& shared);
     void ReceivePackets(int descriptor);
-    void ReportBindFailure(int port);
     void RunSender();
     void SendBatch();
     void Send(const tagSEND_BUFFER& entry);

@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -18,12 +17,12 @@ const std::set<std::string> kManagerHeaders{"app/application.h", "devices/device
 
 /// @return the project's own files that a file includes, as paths from the root
 std::vector<std::string> IncludesOf(const fs::path& file) {
-    static const std::regex kInclude("^#include \"([^\"]+)\"");
+    const std::string start = "#include \"";
     std::vector<std::string> includes;
     std::ifstream stream(file);
     for (std::string line; std::getline(stream, line);) {
-        std::smatch match;
-        if (std::regex_search(line, match, kInclude)) { includes.push_back(match[1]); }
+        if (!line.starts_with(start)) { continue; }
+        includes.push_back(line.substr(start.size(), line.find('"', start.size()) - start.size()));
     }
     return includes;
 }

@@ -82,7 +82,7 @@ TEST_F(AddZonesTest, ZonesMayBeAddedWithinTheReportOfState2) {
     Reports().OnNext(kTask, 2, [&] { result = K740_AddZones(kTask, "0022FF"); });
     ASSERT_EQ(0, Start());
     WaitForPacket(34, kPlay);
-    EXPECT_EQ(0, result);
+    EXPECT_TRUE(WaitUntil([&] { return result == 0; }));
 }
 
 TEST_F(AddZonesTest, AControllerThatRefusesLeavesTheTaskAsItIs) {

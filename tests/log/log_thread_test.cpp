@@ -1,0 +1,91 @@
+#include "common/stopwatch.h"
+#include "log/log.h"
+#include "tests/log/log_fixture.h"
+
+#include <algorithm>
+#include <thread>
+#include <vector>
+
+namespace k740::test {
+namespace {
+
+/// A log with its writer at work.
+class LogThreadTest : public ::testing::Test {
+protected:
+    LogThreadTest() {
+        std::filesystem::create_directory("k740log");
+        m_log.PushLog("", 0, "first");
+        m_time.TimeStart();
+        m_log.Initialization(m_directory.Path().string());
+    }
+    ~LogThreadTest() override {
+        EXPECT_TRUE(WaitForLogLine("first")); // so the writer has begun
+        m_log.Finish();
+        EXPECT_TRUE(WaitUntil([] { return RunningThreads() == 0; }));
+    }
+
+private:
+    const TemporaryDirectory m_directory;
+
+protected:
+    CLog m_log;
+    CQBTime m_time;
+};
+
+TEST_F(LogThreadTest, WritesBothLogsEvery200Milliseconds) {
+    m_log.PushLog2("PTASKSTATUS", 0, "PTASKSTATUS(1, 2)");
+    ASSERT_TRUE(WaitForLogLine("first"));
+    EXPECT_GE(m_time.TimeEnd(), 199U);
+    EXPECT_TRUE(WaitForCallbackLogLine("PTASKSTATUS", "PTASKSTATUS(1, 2)"));
+    m_time.TimeStart();
+    m_log.PushLog("", 0, "second");
+    ASSERT_TRUE(WaitForLogLine("second"));
+    EXPECT_LT(m_time.TimeEnd(), 3000U);
+}
+
+TEST_F(LogThreadTest, FinishWritesWhatIsQueuedWithoutThePause) {
+    ASSERT_TRUE(WaitForLogLine("first")); // a new pause has begun
+    m_log.PushLog("", 0, "last");
+    m_log.PushLog2("PTASKSTATUS", 0, "last");
+    m_time.TimeStart();
+    m_log.Finish();
+    EXPECT_LT(m_time.TimeEnd(), 190U);
+    EXPECT_EQ((std::vector<std::string>{"first", "last"}), LogTexts());
+    EXPECT_EQ(std::vector<std::string>{"last"}, LogTexts("PTASKSTATUS"));
+}
+
+TEST_F(LogThreadTest, FinishEndsTheWriter) {
+    m_log.Finish();
+    EXPECT_TRUE(WaitUntil([] { return RunningThreads() == 0; }));
+    m_log.PushLog("", 0, "too late");
+    m_log.Finish();
+    EXPECT_EQ(std::vector<std::string>{"first"}, LogTexts());
+}
+
+TEST_F(LogThreadTest, ThreadIsNamedAfterItsWork) {
+    ASSERT_TRUE(WaitForLogLine("first"));
+    std::vector<std::string> names;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        names.push_back(ReadTextFile(task.path().string() + "/comm"));
+    }
+    EXPECT_EQ(1, std::count(names.begin(), names.end(), "k740-log\n"));
+}
+
+TEST_F(LogThreadTest, LinesOfManyThreadsAllArrive) {
+    constexpr int kThreads = 3;
+    constexpr int kLines = 1000;
+    {
+        const auto push = [this](int thread) {
+            for (int i = 0; i < kLines; ++i) { m_log.PushLog("", 0, "line of thread " + std::to_string(thread)); }
+        };
+        std::vector<std::jthread> threads;
+        for (int thread = 0; thread < kThreads; ++thread) { threads.emplace_back(push, thread); }
+    }
+    m_log.Finish();
+    for (int thread = 0; thread < kThreads; ++thread) {
+        EXPECT_EQ(kLines, CountLogLines("line of thread " + std::to_string(thread)));
+    }
+}
+
+} // namespace
+} // namespace k740::test
