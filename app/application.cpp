@@ -26,6 +26,13 @@ std::string WorkingDirectory() {
     return getcwd(directory.data(), directory.size()) == nullptr ? "." : directory.data();
 }
 
+/// @return the directory that the log's directory has been made in
+std::string MakeLogDirectory() {
+    std::string directory = WorkingDirectory();
+    mkdir((directory + "/" + kLogDirectory).c_str(), 0777);
+    return directory;
+}
+
 void LogSocketLine(uint8_t level, const std::string& text) {
     g_app->Log().PushLog("", level, text);
 }
@@ -51,6 +58,7 @@ int CK740ControlApp::Initialize() {
     m_activeThreads = 0;
     m_configuration.SetDefaults();
     m_callbacks.Clear();
+    m_log.SetBaseDirectory(MakeLogDirectory());
     m_lifetime.Begin();
     StartManagers();
     m_initialised = 1;
@@ -61,10 +69,8 @@ int CK740ControlApp::Initialize() {
 }
 
 void CK740ControlApp::StartManagers() {
-    const std::string directory = WorkingDirectory();
-    mkdir((directory + "/" + kLogDirectory).c_str(), 0777);
     m_zcu.Initialization();
-    m_log.Initialization(directory);
+    m_log.Initialization();
     m_rpk.Initialization();
     StartEventThreads();
     // The hub comes last, so that no packet is dispatched to a manager that is not ready.

@@ -20,7 +20,7 @@ public:
     /// Codec of the multicast audio, handed to its sender as it is.
     int StreamParameter() const { return m_streamParameter; }
 
-    /// Format of the audio that the host pushes, 0..4.
+    /// Format of the audio that the host pushes: the player knows 0..4, the host can set 0 and 1.
     int AudioStreamFormat() const { return m_audioStreamFormat; }
     void SetAudioStreamFormat(int format) { m_audioStreamFormat = format; }
 

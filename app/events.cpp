@@ -42,7 +42,7 @@ void CK740ControlApp::StartEventThreads() {
 }
 
 void* CK740ControlApp::ThreadTriggerEvents1(void* app) {
-    static_cast<CK740ControlApp*>(app)->RunStatusEvents();
+    ContainExceptions([app] { static_cast<CK740ControlApp*>(app)->RunStatusEvents(); });
     return nullptr;
 }
 
@@ -125,8 +125,7 @@ void CK740ControlApp::PostVolumes() {
     const auto post = [this](const auto& answer, auto& volumes, unsigned pauseMs) {
         if (answer.valid != kVolumeAnswerValid) { return; }
         FillVolumes(answer.levels, volumes);
-        m_callbacks.ZCUVolume(static_cast<int>(answer.zcuID), volumes);
-        m_lifetime.Pause(pauseMs);
+        if (m_callbacks.ZCUVolume(static_cast<int>(answer.zcuID), volumes)) { m_lifetime.Pause(pauseMs); }
     };
     int volumesV2[kVolumesV2];
     for (const auto& answer : m_zcu.VolumesV2().TakeAll()) { post(answer, volumesV2, kAfterVolumeV2Ms); }

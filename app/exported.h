@@ -6,15 +6,36 @@
 
 #include <string>
 
+#include <pthread.h>
+
 inline constexpr int kOk = 0;
 inline constexpr int kFail = -1;
 
-/// Initialises the library on first use, runs body(app) and lets nothing thrown reach the host.
+/// Keeps a host thread from being cancelled inside the library, where locks may be held (pthread_setcancelstate(3)).
+class CNoCancellation {
+public:
+    CNoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_former); }
+    ~CNoCancellation() { pthread_setcancelstate(m_former, nullptr); }
+    CNoCancellation(const CNoCancellation&) = delete;
+    CNoCancellation& operator=(const CNoCancellation&) = delete;
+
+private:
+    int m_former = PTHREAD_CANCEL_ENABLE;
+};
+
+/// Runs body(app) of an exported function, uncancelled, and lets nothing thrown reach the host.
+/// @return what body returns; kFail when something was thrown
+template <typename Body> int Guarded(Body body) noexcept {
+    const CNoCancellation uncancelled;
+    try {
+        return body(*g_app);
+    } catch (...) { return kFail; }
+}
+
+/// Initialises the library on first use, then runs body(app) as Guarded does.
 /// @return what body returns; kFail when the library cannot be initialised or something was thrown
 template <typename Body> int Exported(Body body) noexcept {
-    try {
-        return g_app->EnsureInitialized() ? body(*g_app) : kFail;
-    } catch (...) { return kFail; }
+    return Guarded([&](CK740ControlApp& app) { return app.EnsureInitialized() ? body(app) : kFail; });
 }
 
 /// @return a text from the host, which may be null

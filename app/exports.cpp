@@ -24,9 +24,7 @@ void Register(CK740ControlApp& app, CCallbackSlot<Function>& slot, Function func
 } // namespace
 
 extern "C" K740_API int K740_Initialize(void) {
-    try {
-        return g_app->Initialize();
-    } catch (...) { return kFail; }
+    return Guarded([](CK740ControlApp& app) { return app.Initialize(); });
 }
 
 extern "C" K740_API int K740_Deinitialize(void) {

@@ -1,6 +1,7 @@
 #include "app/host_callbacks.h"
 
 #include "common/format.h"
+#include "common/worker.h"
 #include "log/log.h"
 
 void CHostCallbacks::Clear() {
@@ -19,11 +20,12 @@ void CHostCallbacks::Clear() {
 }
 
 template <typename Function, typename Call, typename Describe>
-void CHostCallbacks::Deliver(const char* type, const CCallbackSlot<Function>& slot, Call call, Describe describe) {
+bool CHostCallbacks::Deliver(const char* type, const CCallbackSlot<Function>& slot, Call call, Describe describe) {
     const Function function = slot.Get();
-    if (function == nullptr) { return; }
-    call(function);
+    if (function == nullptr) { return false; }
+    ContainExceptions([&] { call(function); });
     if (IsLogEnabled()) { m_log.PushLog2(type, kLogInfo, describe()); }
+    return true;
 }
 
 // The log prints every value unsigned, negative ones too; only volumes keep their sign.
@@ -51,8 +53,8 @@ void CHostCallbacks::ZoneStatus(int deviceID, int (&states)[8], unsigned (&tasks
         });
 }
 
-void CHostCallbacks::ZCUVolume(int deviceID, int* volumes) {
-    Deliver(
+bool CHostCallbacks::ZCUVolume(int deviceID, int* volumes) {
+    return Deliver(
         "PZCUVOLUME", zcuVolume, [&](PZCUVOLUME function) { function(deviceID, volumes); },
         [&] {
             return Format("PZCUVOLUME(%u, {%d,%d,%d,%d,%d,%d,%d,%d})", unsigned(deviceID), volumes[0], volumes[1],

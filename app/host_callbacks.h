@@ -19,7 +19,8 @@ private:
 };
 
 /// Calls the host on the calling thread, which must hold no lock. While the callback log is on, each call is written to
-/// it after the host has returned. A callback that is not set is neither called nor logged. Any thread.
+/// it after the host has returned. A callback that is not set is neither called nor logged; what one throws ends here.
+/// Any thread.
 class CHostCallbacks {
 public:
     explicit CHostCallbacks(CLog& log) : m_log(log) {}
@@ -32,7 +33,8 @@ public:
     void ZCUStatus(int deviceID, int status, int fault, int (&amplifiers)[8], int extraA, int extraB);
     void ZoneStatus(int deviceID, int (&states)[8], unsigned (&tasks)[8]);
     /// @param volumes  at least eight
-    void ZCUVolume(int deviceID, int* volumes);
+    /// @return         whether the host was called
+    bool ZCUVolume(int deviceID, int* volumes);
     void TaskStatus(int taskID, int status);
     void RPKStatus(int deviceID, int state, int activity, int wordA, int extra, int wordB);
 
@@ -50,7 +52,7 @@ public:
 
 private:
     template <typename Function, typename Call, typename Describe>
-    void Deliver(const char* type, const CCallbackSlot<Function>& slot, Call call, Describe describe);
+    bool Deliver(const char* type, const CCallbackSlot<Function>& slot, Call call, Describe describe);
 
     CLog& m_log;
     std::atomic<bool> m_logEnabled{false};

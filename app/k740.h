@@ -7,9 +7,9 @@
  *
  * Threads: any function may be called from any thread, also from within a callback. Callbacks run on threads of the
  * library, several at once. Those called on a receiving thread hold up its port while they run, so a callback should
- * return soon and must not wait for an answer of a device. Pointers handed to a callback are valid during the call
- * only. Replacing a callback does not wait for a call in progress. Threads that are busy when K740_Deinitialize is
- * called finish their step, which can take some 10 s, and may still call back.
+ * return soon, must not wait for an answer of a device and must not end its thread. Pointers handed to a callback are
+ * valid during the call only. Replacing a callback does not wait for a call in progress. Threads that are busy when
+ * K740_Deinitialize is called finish their step, which can take some 10 s, and may still call back.
  *
  * Texts are zero-terminated. A null text counts as an empty one unless stated otherwise. All audio is signed 16-bit
  * little-endian mono PCM unless stated otherwise. Results are -1 for a bad argument unless stated otherwise; a refused
@@ -74,7 +74,8 @@ typedef int (*PZONESTATUS)(int deviceID, int* states, unsigned* tasks);
  *
  * @param deviceID controller, 1..999
  * @param volumes  eight volumes (device type 0: four and then four times -1) or ten (device type 1), 0 quiet to
- *                 19 loud, -1 where there is no such channel
+ *                 19 loud, -1 where there is no such channel; below that when a controller reports an attenuation of
+ *                 more than 19
  */
 typedef int (*PZCUVOLUME)(int deviceID, int* volumes);
 
@@ -113,10 +114,11 @@ typedef int (*PINTERCOMAUDIO)(int stationID, unsigned char* audio, int length);
 K740_API int K740_Initialize(void);
 
 /**
- * Asks all threads to end and frees the ports. Tasks end with their close requests to the devices. Returns within some
- * 100 ms; threads that are busy end by themselves. Devices and settings stay, but nothing runs any more.
+ * Asks all threads to end, frees the ports and writes the log. Broadcasting tasks end with their close requests to the
+ * devices. Waits for all that some 50 ms, 300 ms at most; what is not over by then, such as a task that still waits for
+ * its zone controllers, ends by itself. Devices and settings stay, but nothing runs any more.
  *
- * @return 0
+ * @return 0; -1 when the library had not been initialised and cannot be
  */
 K740_API int K740_Deinitialize(void);
 
@@ -129,7 +131,8 @@ K740_API int K740_Deinitialize(void);
 K740_API int K740_SetNodeID(int nodeID);
 
 /**
- * Sets the format of the audio given to K740_SendAudioStreamProc, for tasks that start from now on.
+ * Sets the format of the audio given to K740_SendAudioStreamProc. Every call of it from now on is read so, that for a
+ * running task too, whose room is for the format it was started with: change it only while no stream task runs.
  *
  * @param format 0: 44.1 kHz (default), 1: 22.05 kHz
  * @return       0; -1 for any other value
@@ -145,10 +148,12 @@ K740_API int K740_SetAudioStreamFormat(int format);
 K740_API int K740_SetFirstMulticastIP(const char* address);
 
 /**
- * Sets the network interface for multicast.
+ * Sets the network interface for multicast, for what starts from now on.
  *
- * @param address IPv4 address of the interface; by default the system chooses
- * @return        0; -1 for null or when the first octet is no unicast network (0, 127, 224..239, above 255)
+ * @param address IPv4 address of the interface, without blanks; by default the system chooses. One that is not the
+ *                machine's makes tasks fail with state -2
+ * @return        0; -1 for null, a text shorter than 6 characters, or when the first octet is no unicast network (0,
+ *                127, 224..239, above 255)
  */
 K740_API int K740_SetNIC(const char* address);
 
@@ -176,7 +181,8 @@ typedef struct K740_PACING {
 K740_API void K740_SleepStart(K740_PACING* pacing);
 
 /**
- * Sleeps the rest of a period: the period less what earlier ones ran over, at most 5 ms either way.
+ * Sleeps the length of a period less what former periods ran over, which is counted from -5 to 5 ms. What the period
+ * at hand runs over shortens the next one.
  *
  * @param periodMs length of the period in milliseconds
  * @param pacing   marked by K740_SleepStart at the start of this period; null does not sleep
@@ -214,7 +220,8 @@ K740_API int K740_SetIntercomCallback(PINTERCOMMESSAGE intercomMessage, PINTERCO
  * @param deviceID   types 0, 1 and 9: 1..999; types 2 and 10: 5000..5999; type 3: 7000..7999; others: any
  * @param deviceType 0 and 1 zone controller (version 2, version 3), 2 paging station, 3 network AUX interface, 9
  * virtual zone controller and 10 virtual paging station (both played by the library itself), 4..8 others
- * @param address    IPv4 address, unique among the devices; not needed for types 9 and 10
+ * @param address    IPv4 address, unique among the devices; types 9 and 10 need none, but one that is given must be
+ *                   unique too
  * @return           0; -1 for a bad argument, an ID or address in use or a full table; the log says which
  */
 K740_API int K740_AddDevice(int deviceID, int deviceType, const char* address);
@@ -261,7 +268,7 @@ K740_API int K740_SetRPKPTTMulticastIP(int deviceID, const char* address);
  * @param zones            see above; blanks around it are dropped
  * @param dryContactOutput 1: switch the zones' contact outputs; 0: leave them
  * @return                 0 accepted; -1 bad argument; -2 the task is accepted or broadcasting already; -3 200 tasks
- *                         are, and the state becomes -1
+ *                         are, AUX tasks included: the state becomes -1, and PTASKSTATUS is called with it
  */
 K740_API int K740_StartAudioStreamTask(int taskID, int volume, int priority, int recovery, const char* zones,
                                        int dryContactOutput);
@@ -283,8 +290,9 @@ K740_API int K740_StartNetAUXTask(int taskID, int priority, int deviceID, const 
                                   int recovery, const char* zones, int dryContactOutput);
 
 /**
- * Stops a task. A running task ends within some 150 ms and then reports state 0, once; for any other PTASKSTATUS is
- * called with state 0 during this call.
+ * Stops a task. A broadcasting task ends within some 150 ms and then reports state 0, once. An accepted one first waits
+ * for the answers of its zone controllers, for up to some 4 s, and then reports 0, or the state that it failed with. For
+ * any other PTASKSTATUS is called with state 0 during this call.
  *
  * @return 0; -1 when the ID is outside 1..50000
  */
@@ -316,8 +324,8 @@ K740_API int K740_AddZones(int taskID, const char* zones);
  * @param taskID task
  * @param data   PCM of the format set by K740_SetAudioStreamFormat; copied
  * @param length bytes: 1..4096 in format 0, 1..2048 in format 1
- * @return       0; -1 bad argument, chunk too long, no room (1,920,000 bytes wait) or the library is shutting down;
- *               -2 the task holds no channel; -3 the task is not broadcasting
+ * @return       0; -1 bad argument, chunk too long, no room (1,920,000 bytes wait, 882,000 in format 1) or the library
+ *               is shutting down; -2 the task holds no channel; -3 the task is not broadcasting
  */
 K740_API int K740_SendAudioStreamProc(int taskID, unsigned char* data, int length);
 

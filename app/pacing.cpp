@@ -3,6 +3,7 @@
 #include "common/stopwatch.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace {
@@ -29,6 +30,8 @@ extern "C" K740_API int K740_SleepEnd(unsigned periodMs, K740_PACING* pacing) {
     const uint32_t elapsed =
         GetTimePeriod({static_cast<time_t>(record.seconds), static_cast<suseconds_t>(record.microseconds)});
     record.correction = static_cast<int32_t>(elapsed + static_cast<uint32_t>(correction) - periodMs);
-    std::memcpy(pacing, &record, sizeof(record));
+    // The rest of the record is the host's alone.
+    std::memcpy(reinterpret_cast<unsigned char*>(pacing) + offsetof(K740_PACING, correction), &record.correction,
+                sizeof(record.correction));
     return static_cast<int>(elapsed);
 }

@@ -14,6 +14,7 @@ void CSharedDescriptor::Publish(int descriptor) {
 }
 
 void CSharedDescriptor::WakeOwner() {
+    m_woken.Raise();
     const CQBSemLocker lock(&m_lock);
     // An unconnected socket answers ENOTCONN and wakes its reader all the same.
     if (m_descriptor > 0) { shutdown(m_descriptor, SHUT_RDWR); }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/sem.h"
+#include "common/wake_signal.h"
 
 /// The owner publishes its socket, blocks in recvfrom and alone closes it; anybody may wake the owner.
 ///
@@ -21,12 +22,16 @@ public:
         m_open = false;
     }
 
-    /// Anybody: ends the owner's blocking call, now and for good. Nothing happens without a socket.
+    /// Owner: sleeps ms milliseconds, less when woken.
+    void Pause(unsigned ms) { m_woken.Wait(ms); }
+
+    /// Anybody: ends the owner's blocking call, now and for good, or its pause.
     void WakeOwner();
     /// @return whether the owner holds the socket, woken or not, or may still open it
     bool IsOpen() const;
 
 private:
+    CWakeSignal m_woken;
     mutable CQBSem m_lock;
     int m_descriptor K740_GUARDED_BY(m_lock) = -1;
     bool m_open K740_GUARDED_BY(m_lock) = false;

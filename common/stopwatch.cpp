@@ -7,7 +7,7 @@ namespace {
 constexpr uint32_t kNeverStarted = 0xFFFFFFFF;
 
 uint32_t Milliseconds(const timeval& time) {
-    return static_cast<uint32_t>(time.tv_sec * 1000 + time.tv_usec / 1000);
+    return static_cast<uint32_t>(time.tv_sec) * 1000U + static_cast<uint32_t>(time.tv_usec / 1000);
 }
 
 int64_t Microseconds(const timeval& time) {

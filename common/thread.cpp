@@ -30,9 +30,12 @@ int createThread(pthread_t& id, void* (*start)(void*), void* arg, int detach, st
     pthread_t created{};
     const int error = pthread_create(&created, &attributes, start, arg);
     pthread_attr_destroy(&attributes);
-    if (error != 0) { return -1; }
-    id = created;
-    return 0;
+    if (error == 0) {
+        id = created;
+        return 0;
+    }
+    // A host with much thread-local data, which is taken from the stack, may leave too little of a small one.
+    return stack > 0 ? createThread(id, start, arg, detach) : -1;
 }
 
 void CloseThreadHandle(pthread_t thread) {

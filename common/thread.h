@@ -14,7 +14,7 @@ inline constexpr std::size_t kSmallStackBytes = std::size_t{256} * 1024;
 /// @param id      receives the handle; untouched on failure
 /// @param arg     handed to start; stays the caller's when the thread could not be made
 /// @param detach  1: the thread releases itself at its end; else it must be joined or given to CloseThreadHandle
-/// @param stack   bytes of stack, 0 for the system's default
+/// @param stack   bytes of stack, 0 for the system's default, which also serves when these do not suffice
 /// @return        0, or -1 when no thread could be made (pthread_create(3))
 int createThread(pthread_t& id, void* (*start)(void*), void* arg, int detach, std::size_t stack = 0);
 

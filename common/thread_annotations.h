@@ -11,7 +11,6 @@
 #define K740_SCOPED_CAPABILITY K740_THREAD_ATTRIBUTE(scoped_lockable)
 #define K740_GUARDED_BY(lock) K740_THREAD_ATTRIBUTE(guarded_by(lock))
 #define K740_REQUIRES(...) K740_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
-#define K740_EXCLUDES(...) K740_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 #define K740_ACQUIRE(...) K740_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define K740_RELEASE(...) K740_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 #define K740_NO_THREAD_SAFETY_ANALYSIS K740_THREAD_ATTRIBUTE(no_thread_safety_analysis)

@@ -34,7 +34,7 @@ int OpenUdpSocket() {
     const int first = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (first > 0) { return first; }
     const int second = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (first == 0) { close(first); } // 0 counts as closed everywhere
+    if (first == 0 || second == 0) { close(0); } // 0 counts as closed everywhere
     return second > 0 ? second : -1;
 }
 

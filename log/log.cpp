@@ -31,8 +31,7 @@ void AppendToFile(const std::string& path, const std::string& text) {
 
 } // namespace
 
-void CLog::Initialization(const std::string& baseDirectory) {
-    m_baseDirectory = baseDirectory;
+void CLog::Initialization() {
     pthread_t thread{};
     createThread(thread, ThreadSaveLog, this, 1);
 }

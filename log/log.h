@@ -29,8 +29,10 @@ class CLog {
 public:
     virtual ~CLog() = default;
 
-    /// Starts the writer. @param baseDirectory  where "k740log" is; fixed from here on
-    void Initialization(const std::string& baseDirectory);
+    /// @param directory  where "k740log" is; set before Initialization
+    void SetBaseDirectory(const std::string& directory) { m_baseDirectory = directory; }
+    /// Starts the writer.
+    void Initialization();
 
     /// Queues a line of the library's log.
     /// @param type   the subsystem that speaks; not written

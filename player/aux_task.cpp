@@ -12,16 +12,16 @@ void CAUXTask::Run() {
     short status = kTaskNotTriggered;
     ContainExceptions([&] {
         m_app.Player().AwaitPredecessor(m_task);
-        status = TriggerAndWatch();
+        status = IsSuperseded() ? Leave() : TriggerAndWatch();
     });
     ContainExceptions([&] { m_app.Player().Conclude(m_task, status); });
 }
 
 short CAUXTask::TriggerAndWatch() {
     CTaskStatusTable& table = m_app.Player().Status();
-    CZoneTriggers triggers(m_app, MakeTriggerParam(MakeRecord()));
+    CZoneTriggers triggers(m_app, MakeTriggerParam(MakeRecord()), m_task.instance);
     triggers.Start(m_task.zones, CZCU::ThreadTriggerZCUJoinNetAUX);
-    const int result = triggers.WaitForTriggerZCU([&] { return table.IsSuperseded(m_task.taskID, m_task.instance); });
+    const int result = triggers.WaitForTriggerZCU([this] { return IsSuperseded(); });
     if (result != kTriggered) {
         Log(kLogError, "Failed to trigger AUX task devices, task ID ");
         return kTaskNotTriggered;
@@ -32,13 +32,22 @@ short CAUXTask::TriggerAndWatch() {
         WatchUntilStopped();
         triggers.CloseAudio();
     }
+    return Leave();
+}
+
+bool CAUXTask::IsSuperseded() const {
+    return m_app.Player().Status().IsSuperseded(m_task.taskID, m_task.instance);
+}
+
+short CAUXTask::Leave() {
     Log(kLogInfo, "Stop task, task ID ");
     return kTaskNone;
 }
 
 void CAUXTask::WatchUntilStopped() {
+    CWakeList::Entry stopped(m_app.Player().StopWaiters());
     while (!m_app.Lifetime().IsExiting() && !m_app.Player().Status().IsStopped(m_task.taskID, m_task.instance)) {
-        m_app.Lifetime().Pause(kWatchPauseMs);
+        stopped.Wait(kWatchPauseMs);
     }
 }
 

@@ -16,6 +16,8 @@ public:
 
 private:
     short TriggerAndWatch();
+    bool IsSuperseded() const;
+    short Leave();
     tagTASK_STATUS MakeRecord() const;
     void WatchUntilStopped();
     void Log(uint8_t level, const char* text);

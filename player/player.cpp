@@ -2,6 +2,7 @@
 
 #include "app/application.h"
 #include "common/format.h"
+#include "common/stopwatch.h"
 #include "player/aux_task.h"
 #include "player/stream_task.h"
 #include "player/zone_triggers.h"
@@ -18,6 +19,7 @@ constexpr long kLastAuxInterfacePort = 4;
 constexpr long kLastZoneControllerPort = 2;
 constexpr uint16_t kLastSequence = 255;
 constexpr unsigned kPredecessorPollMs = 10;
+constexpr unsigned kPredecessorReportMs = 500;
 
 /// What the thread of a task is given; made with new, owned by the thread.
 struct PlayJob {
@@ -116,9 +118,14 @@ int CPlayer::Accept(tagTASK_QUEUE& task, std::optional<int> limit, const std::st
     }
     m_app.Callbacks().TaskStatus(task.taskID, kTaskAccepted);
     task.sequence = GetZCUTaskSequence();
-    m_queue.Append(task);
-    StartNewTask();
-    return 0;
+    // Without memory for it the task must not stay accepted for ever.
+    const bool started = ContainExceptions([&] {
+        m_queue.Append(task);
+        StartNewTask();
+    });
+    if (started) { return 0; }
+    Conclude(task, kTaskNoFreeChannel);
+    return -1;
 }
 
 void CPlayer::StartNewTask() {
@@ -143,17 +150,31 @@ void* CPlayer::ThreadPlayNetAUXTask(void* job) {
 }
 
 void CPlayer::AwaitPredecessor(const tagTASK_QUEUE& task) {
-    while (m_status.HasPredecessor(task.taskID, task.instance)) { m_app.Lifetime().Pause(kPredecessorPollMs); }
+    using Predecessor = CTaskStatusTable::Predecessor;
+    const auto predecessor = [&] { return m_status.FindPredecessor(task.taskID, task.instance); };
+    while (predecessor() == Predecessor::Working) { m_app.Lifetime().Pause(kPredecessorPollMs); }
+    CQBTime waited;
+    waited.TimeStart();
+    while (predecessor() != Predecessor::None && waited.TimeEnd() < kPredecessorReportMs) {
+        m_app.Lifetime().Pause(kPredecessorPollMs);
+    }
 }
 
 void CPlayer::Conclude(const tagTASK_QUEUE& task, short status) {
     m_app.Callbacks().TaskStatus(task.taskID, m_status.Conclude(task.taskID, task.instance, status));
+    m_status.Forget(task.taskID, task.instance);
 }
 
 short CPlayer::StopTask(int taskID) {
     const short status = m_status.Remove(taskID);
     m_streams.Wake(m_channels.GetChannelID(taskID));
+    m_stopWaiters.RaiseAll();
     return status;
+}
+
+void CPlayer::WakeTasks() {
+    m_streams.WakeAll();
+    m_stopWaiters.RaiseAll();
 }
 
 int CPlayer::AddZones(int taskID, std::string zones) {
@@ -167,7 +188,7 @@ int CPlayer::AddZones(int taskID, std::string zones) {
         Reject(Format("Faile to add zones, task %d audiosource is error.", taskID));
         return -2;
     }
-    CZoneTriggers triggers(m_app, MakeTriggerParam(task));
+    CZoneTriggers triggers(m_app, MakeTriggerParam(task), m_status.Owner(taskID));
     triggers.Start(zones, task.audioSource == kAudioSourceStream ? CZCU::ThreadTriggerZCUJoinNetStream
                                                                  : CZCU::ThreadTriggerZCUJoinNetAUX);
     return 0;

@@ -7,6 +7,7 @@
 #include "player/task_records.h"
 #include "player/task_status.h"
 #include "player/task_streams.h"
+#include "player/wake_list.h"
 
 #include <cstdint>
 #include <string>
@@ -41,17 +42,20 @@ public:
     int NewChannel(int taskID, std::string& multicastIP);
 
     /// Waits until the thread of an earlier acceptance of the same ID has ended: it still has to close the audio, and
-    /// its request, which carries the ID alone, would close the new task's.
+    /// its request, which carries the ID alone, would close the new task's. Then waits a little, so that the host hears
+    /// of the former end first; no longer, because the host may wait for the new task in that very callback.
     void AwaitPredecessor(const tagTASK_QUEUE& task);
     /// Ends a task's thread: notes its last state and tells the host.
     void Conclude(const tagTASK_QUEUE& task, short status);
     /// Wakes the threads of all tasks, so that they see the exit flag.
-    void WakeTasks() { m_streams.WakeAll(); }
+    void WakeTasks();
 
     CTaskStatusTable& Status() { return m_status; }
     CChannelTable& Channels() { return m_channels; }
     CTaskStreams& Streams() { return m_streams; }
     CResamplerSlots& Resamplers() { return m_resamplers; }
+    /// Raised whenever any task is stopped, for the threads of tasks without a channel.
+    CWakeList& StopWaiters() { return m_stopWaiters; }
 
 private:
     static void* ThreadPlayAudioStreamTask(void* job);
@@ -65,6 +69,7 @@ private:
     CChannelTable m_channels;
     CTaskStreams m_streams;
     CResamplerSlots m_resamplers;
+    CWakeList m_stopWaiters;
     CQBSem m_sequenceLock;
     uint16_t m_sequence K740_GUARDED_BY(m_sequenceLock) = 0;
 };

@@ -14,7 +14,7 @@ void CStreamTask::Run() {
     short status = kTaskNoFreeChannel;
     ContainExceptions([&] {
         m_app.Player().AwaitPredecessor(m_task);
-        status = TakeChannelAndPlay();
+        status = IsSuperseded() ? LeaveStopped() : TakeChannelAndPlay();
     });
     ContainExceptions([&] { m_app.Player().Conclude(m_task, status); });
 }
@@ -41,10 +41,9 @@ short CStreamTask::JoinGroupAndPlay() {
 }
 
 short CStreamTask::TriggerAndPlay() {
-    CZoneTriggers triggers(m_app, MakeTriggerParam(MakeRecord()));
+    CZoneTriggers triggers(m_app, MakeTriggerParam(MakeRecord()), m_task.instance);
     triggers.Start(m_task.zones, CZCU::ThreadTriggerZCUJoinNetStream);
-    const int result = triggers.WaitForTriggerZCU(
-        [this] { return m_app.Player().Status().IsSuperseded(m_task.taskID, m_task.instance); });
+    const int result = triggers.WaitForTriggerZCU([this] { return IsSuperseded(); });
     if (result != kTriggered) { return Fail(kTaskNotTriggered, "Failed to trigger all ZCU, task ID "); }
 
     NewStreams();
@@ -54,11 +53,10 @@ short CStreamTask::TriggerAndPlay() {
 }
 
 short CStreamTask::Broadcast(CZoneTriggers& triggers) {
-    if (!m_app.Player().Status().BeginBroadcast(m_task.instance, MakeRecord())) {
-        Log(kLogInfo, "Prepare to play task, but task was stoped, task ID ");
-        return kTaskNone;
-    }
+    CTaskStatusTable& table = m_app.Player().Status();
+    if (table.IsStopped(m_task.taskID, m_task.instance)) { return LeaveStopped(); }
     Log(kLogInfo, "Start to send audio stream to ZCU, task ID ");
+    if (!table.BeginBroadcast(m_task.instance, MakeRecord())) { return LeaveStopped(); }
     m_app.Callbacks().TaskStatus(m_task.taskID, kTaskBroadcasting);
     CStreamSender(m_app, m_udp, m_task, m_channelID).Run();
     if (m_task.recovery == 0) { SendEndOfStream(triggers); }
@@ -102,6 +100,15 @@ void CStreamTask::SendEndOfStream(const CZoneTriggers& triggers) {
         for (const int id : triggers.ControllerIDs()) { m_app.ZCU().ZCU_Request_ExitMultiCast_4K(&m_udp, id); }
         m_app.Lifetime().Pause(kAfterEndOfStreamMs);
     }
+}
+
+bool CStreamTask::IsSuperseded() const {
+    return m_app.Player().Status().IsSuperseded(m_task.taskID, m_task.instance);
+}
+
+short CStreamTask::LeaveStopped() {
+    Log(kLogInfo, "Prepare to play task, but task was stoped, task ID ");
+    return kTaskNone;
 }
 
 void CStreamTask::Log(uint8_t level, const char* text) {

@@ -26,6 +26,8 @@ private:
     void NewStreams();
     void RemoveStreams();
     void SendEndOfStream(const CZoneTriggers& triggers);
+    bool IsSuperseded() const;
+    short LeaveStopped();
     void Log(uint8_t level, const char* text);
     short Fail(short status, const char* text);
 

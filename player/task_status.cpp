@@ -27,14 +27,11 @@ CTaskStatusTable::Acceptance CTaskStatusTable::Accept(int taskID, std::optional<
     if (entry != nullptr && IsRunning(entry->record.status)) { return Acceptance::AlreadyRunning; }
     const bool limitReached = limit && RunningLocked() >= *limit;
     if (entry == nullptr) { entry = &AppendLocked(taskID); }
-    if (limitReached) {
-        entry->record.status = kTaskNoFreeChannel;
-        return Acceptance::LimitReached;
-    }
     instance = ++m_lastInstance;
     entry->instance = instance;
-    entry->record.status = kTaskAccepted;
-    m_threads.emplace(taskID, instance);
+    entry->record.status = limitReached ? kTaskNoFreeChannel : kTaskAccepted;
+    if (limitReached) { return Acceptance::LimitReached; }
+    m_threads.emplace(taskID, Thread{instance, false});
     return Acceptance::Accepted;
 }
 
@@ -71,20 +68,28 @@ bool CTaskStatusTable::BeginBroadcast(TaskInstance instance, const tagTASK_STATU
 short CTaskStatusTable::Conclude(int taskID, TaskInstance instance, short status) {
     const CQBSemLocker lock(&m_lock);
     const auto [first, last] = m_threads.equal_range(taskID);
-    const auto thread = std::find_if(first, last, [instance](const auto& other) { return other.second == instance; });
-    if (thread != last) { m_threads.erase(thread); }
-
-    Entry* entry = FindLocked(taskID);
-    if (entry != nullptr && entry->instance != instance) { return kTaskNone; }
+    std::for_each(first, last, [instance](auto& thread) {
+        thread.second.concluded = thread.second.concluded || thread.second.instance == instance;
+    });
+    if (IsSupersededLocked(taskID, instance)) { return kTaskNone; }
     if (status == kTaskNone) {
         EraseLocked(taskID);
-    } else {
-        // A task that was stopped and then failed shows its failure all the same.
-        if (entry == nullptr) { entry = &AppendLocked(taskID); }
-        entry->instance = instance;
-        entry->record.status = status;
+        return status;
     }
+    // A task that was stopped and then failed shows its failure all the same.
+    Entry* entry = FindLocked(taskID);
+    if (entry == nullptr) { entry = &AppendLocked(taskID); }
+    entry->instance = instance;
+    entry->record.status = status;
     return status;
+}
+
+void CTaskStatusTable::Forget(int taskID, TaskInstance instance) {
+    const CQBSemLocker lock(&m_lock);
+    const auto [first, last] = m_threads.equal_range(taskID);
+    const auto thread =
+        std::find_if(first, last, [instance](const auto& other) { return other.second.instance == instance; });
+    if (thread != last) { m_threads.erase(thread); }
 }
 
 bool CTaskStatusTable::IsStopped(int taskID, TaskInstance instance) const {
@@ -93,16 +98,41 @@ bool CTaskStatusTable::IsStopped(int taskID, TaskInstance instance) const {
     return entry == nullptr || entry->instance != instance || entry->record.status < kTaskAccepted;
 }
 
-bool CTaskStatusTable::IsSuperseded(int taskID, TaskInstance instance) const {
-    const CQBSemLocker lock(&m_lock);
+bool CTaskStatusTable::IsSupersededLocked(int taskID, TaskInstance instance) const {
     const Entry* entry = FindLocked(taskID);
-    return entry != nullptr && entry->instance != instance;
+    const auto [first, last] = m_threads.equal_range(taskID);
+    return (entry != nullptr && entry->instance > instance) ||
+           std::any_of(first, last, [instance](const auto& other) { return other.second.instance > instance; });
 }
 
-bool CTaskStatusTable::HasPredecessor(int taskID, TaskInstance instance) const {
+bool CTaskStatusTable::IsSuperseded(int taskID, TaskInstance instance) const {
+    const CQBSemLocker lock(&m_lock);
+    return IsSupersededLocked(taskID, instance);
+}
+
+bool CTaskStatusTable::IsOver(int taskID, TaskInstance instance) const {
     const CQBSemLocker lock(&m_lock);
     const auto [first, last] = m_threads.equal_range(taskID);
-    return std::any_of(first, last, [instance](const auto& other) { return other.second < instance; });
+    return std::none_of(first, last, [instance](const auto& thread) {
+        return thread.second.instance == instance && !thread.second.concluded;
+    });
+}
+
+TaskInstance CTaskStatusTable::Owner(int taskID) const {
+    const CQBSemLocker lock(&m_lock);
+    const Entry* entry = FindLocked(taskID);
+    return entry == nullptr ? 0 : entry->instance;
+}
+
+CTaskStatusTable::Predecessor CTaskStatusTable::FindPredecessor(int taskID, TaskInstance instance) const {
+    const CQBSemLocker lock(&m_lock);
+    const auto [first, last] = m_threads.equal_range(taskID);
+    Predecessor found = Predecessor::None;
+    for (auto thread = first; thread != last; ++thread) {
+        if (thread->second.instance >= instance) { continue; }
+        found = std::max(found, thread->second.concluded ? Predecessor::TellingTheHost : Predecessor::Working);
+    }
+    return found;
 }
 
 bool CTaskStatusTable::HasThreads() const {

@@ -12,8 +12,8 @@
 /// Tasks with a state other than 0, in the order in which they came in. Any thread may call anything; the host is never
 /// called from here.
 ///
-/// A task's thread changes the state only while the state is its own: it is stopped when the entry is gone, when its
-/// state is below 1, and when a later acceptance of the same ID owns it.
+/// A task's thread changes the state only while there is no later acceptance of the same ID: it is stopped when the
+/// entry is gone, when its state is below 1, and when the entry belongs to another acceptance.
 class CTaskStatusTable {
 public:
     enum class Acceptance { Accepted, AlreadyRunning, LimitReached };
@@ -32,17 +32,25 @@ public:
 
     /// Puts the record in when the acceptance still owns the task. @return false when it was stopped
     bool BeginBroadcast(TaskInstance instance, const tagTASK_STATUS& record);
-    /// Ends an acceptance: notes its last state unless a later one owns the ID, and forgets its thread.
-    /// @return the state to tell the host: 0 when a later one owns the ID
+    /// Ends an acceptance: notes its last state unless there is a later one of the ID.
+    /// @return the state to tell the host: 0 when there is a later one
     short Conclude(int taskID, TaskInstance instance, short status);
+    /// Forgets the thread of an acceptance that is concluded and has told the host.
+    void Forget(int taskID, TaskInstance instance);
 
     bool IsStopped(int taskID, TaskInstance instance) const;
-    /// @return whether a later acceptance owns the ID
+    /// @return whether there is a later acceptance of the ID
     bool IsSuperseded(int taskID, TaskInstance instance) const;
-    /// @return whether the thread of an earlier acceptance has not been concluded yet
-    bool HasPredecessor(int taskID, TaskInstance instance) const;
+    /// @return whether the acceptance is concluded
+    bool IsOver(int taskID, TaskInstance instance) const;
+    /// @return the acceptance that owns the ID, 0 when there is none
+    TaskInstance Owner(int taskID) const;
 
-    /// @return whether any task's thread has not been concluded yet
+    enum class Predecessor { None, TellingTheHost, Working };
+    /// @return what the thread of an earlier acceptance still does
+    Predecessor FindPredecessor(int taskID, TaskInstance instance) const;
+
+    /// @return whether any task's thread has not been forgotten yet
     bool HasThreads() const;
 
     /// @return 0 when the ID is unknown
@@ -58,15 +66,20 @@ private:
         TaskInstance instance = 0;
     };
     using Entries = std::list<Entry>;
+    struct Thread {
+        TaskInstance instance;
+        bool concluded;
+    };
 
     Entry* FindLocked(int taskID) const K740_REQUIRES(m_lock);
     Entry& AppendLocked(int taskID) K740_REQUIRES(m_lock);
     void EraseLocked(int taskID) K740_REQUIRES(m_lock);
     int RunningLocked() const K740_REQUIRES(m_lock);
+    bool IsSupersededLocked(int taskID, TaskInstance instance) const K740_REQUIRES(m_lock);
 
     mutable CQBSem m_lock;
     Entries m_entries K740_GUARDED_BY(m_lock);
     std::unordered_map<int, Entries::iterator> m_byID K740_GUARDED_BY(m_lock);
-    std::multimap<int, TaskInstance> m_threads K740_GUARDED_BY(m_lock); // acceptances whose thread has not ended
+    std::multimap<int, Thread> m_threads K740_GUARDED_BY(m_lock); // of acceptances, by task ID
     TaskInstance m_lastInstance K740_GUARDED_BY(m_lock) = 0;
 };

@@ -44,7 +44,12 @@ void CZoneTriggers::Start(const std::string& zones, void* (*thread)(void*)) {
 void CZoneTriggers::StartThread(const std::string& item, void* (*thread)(void*)) {
     const ZoneItem zone = ParseZoneItem(item);
     m_controllerIDs.push_back(zone.deviceID);
-    auto job = std::make_unique<TriggerJob>(TriggerJob{m_app.ZCU(), m_param});
+    CTaskStatusTable& tasks = m_app.Player().Status();
+    const auto taskID = static_cast<int>(m_param.taskID);
+    const TaskInstance instance = m_instance;
+    auto job = std::make_unique<TriggerJob>(
+        TriggerJob{m_app.ZCU(), m_param, [&tasks, taskID, instance] { return tasks.IsOver(taskID, instance); },
+                   [&tasks, taskID, instance] { return tasks.IsSuperseded(taskID, instance); }});
     job->param.zcuID = zone.deviceID;
     job->param.zoneMask = std::min(zone.mask, kEveryZoneMask);
     pthread_t id{};

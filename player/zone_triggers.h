@@ -21,8 +21,10 @@ inline constexpr int kNoTriggers = -3;
 /// is gone. Belongs to one thread.
 class CZoneTriggers {
 public:
-    /// @param param  what all controllers are asked alike; ID and zones come from the zone string
-    CZoneTriggers(CK740ControlApp& app, const tagZCU_PARAM& param) : m_app(app), m_param(param) {}
+    /// @param param     what all controllers are asked alike; ID and zones come from the zone string
+    /// @param instance  the acceptance of the task
+    CZoneTriggers(CK740ControlApp& app, const tagZCU_PARAM& param, TaskInstance instance)
+        : m_app(app), m_param(param), m_instance(instance) {}
     /// Leaves the threads that still run to themselves.
     ~CZoneTriggers();
     CZoneTriggers(const CZoneTriggers&) = delete;
@@ -48,6 +50,7 @@ private:
 
     CK740ControlApp& m_app;
     tagZCU_PARAM m_param;
+    const TaskInstance m_instance;
     std::vector<int> m_controllerIDs;
     std::vector<pthread_t> m_running; // joinable
 };

@@ -93,7 +93,9 @@ void* CCommunication::ThreadReceiver29001(void* hub) {
 
 void CCommunication::RunReceiver(int port, CSharedDescriptor& shared) {
     CQBUDP socket;
-    if (!m_app.Lifetime().IsExiting()) { ReceiveOn(port, socket, shared); }
+    if (!m_app.Lifetime().IsExiting()) {
+        ContainExceptions([&] { ReceiveOn(port, socket, shared); });
+    }
     shared.Withdraw([&socket] { socket.Close(); });
 }
 
@@ -107,10 +109,10 @@ void CCommunication::ReceiveOn(int port, CQBUDP& socket, CSharedDescriptor& shar
     m_state = kBound;
     // The socket is made known before the exit flag is looked at: whoever sets the flag then finds the socket to wake.
     shared.Publish(descriptor);
-    ReceivePackets(descriptor);
+    ReceivePackets(descriptor, shared);
 }
 
-void CCommunication::ReceivePackets(int descriptor) {
+void CCommunication::ReceivePackets(int descriptor, CSharedDescriptor& shared) {
     ReceiveBuffer buffer{};
     sockaddr_in sender{};
     while (!m_app.Lifetime().IsExiting()) {
@@ -122,7 +124,7 @@ void CCommunication::ReceivePackets(int descriptor) {
             inet_ntop(AF_INET, &sender.sin_addr, senderIP, sizeof(senderIP));
             ContainExceptions([&] { ProcessResponse(&buffer.packet, senderIP); });
         } else if (!m_app.Lifetime().IsExiting()) {
-            m_app.Lifetime().Pause(kEmptyReceivePauseMs);
+            shared.Pause(kEmptyReceivePauseMs);
         }
         // A short datagram must read as zeros beyond its end, not as the one before it.
         if (count > 0) { std::memset(&buffer, 0, static_cast<std::size_t>(count)); }

@@ -57,7 +57,7 @@ private:
     void StartReceiver(void* (*receiver)(void*), CSharedDescriptor& shared);
     void RunReceiver(int port, CSharedDescriptor& shared);
     void ReceiveOn(int port, CQBUDP& socket, CSharedDescriptor& shared);
-    void ReceivePackets(int descriptor);
+    void ReceivePackets(int descriptor, CSharedDescriptor& shared);
     void RunSender();
     void SendBatch();
     void Send(const tagSEND_BUFFER& entry);

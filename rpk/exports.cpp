@@ -2,10 +2,6 @@
 #include "app/exported.h"
 #include "common/format.h"
 
-namespace {
-constexpr int kStopPriority = 100;
-}
-
 extern "C" K740_API int K740_StartRPKTask(int deviceID, int taskID, int priority, const char* zones) {
     return Exported([=](CK740ControlApp& app) {
         app.Log().PushLog(
@@ -18,6 +14,6 @@ extern "C" K740_API int K740_StartRPKTask(int deviceID, int taskID, int priority
 extern "C" K740_API int K740_StopRPKTask(int deviceID, int taskID) {
     return Exported([=](CK740ControlApp& app) {
         app.Log().PushLog("", kLogInfo, Format("K740_StopRPKTask(%d, %d)", deviceID, taskID));
-        return app.RPK().StartStopRPKTask(deviceID, taskID, kStopPriority, "", 0);
+        return app.RPK().StartStopRPKTask(deviceID, taskID, 0, "", 0);
     });
 }

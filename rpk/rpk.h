@@ -33,9 +33,10 @@ public:
     /// Handles the answer to a task request.
     void ReceivePlayPTTAUXResponse(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
     /// Starts or stops a task of the station. Blocks until the station answers, for up to some 4 s.
-    /// @param zones  zone string; a stop needs none
-    /// @param start  1 start, 0 stop
-    /// @return       0 done; -1 bad argument or no socket; -2 no answer; -3 refused
+    /// @param priority  56..255; a stop needs none
+    /// @param zones     zone string; a stop needs none
+    /// @param start     1 start, 0 stop
+    /// @return          0 done; -1 bad argument or no socket; -2 no answer; -3 refused
     int StartStopRPKTask(int id, int taskID, int priority, std::string zones, int start);
 
     /// Notes that push-to-talk audio of the station is being received; nothing when that is noted already.

@@ -12,6 +12,7 @@ namespace {
 constexpr AnswerTiming kTaskTiming{20, 3999};
 constexpr int kFirstPriority = 56;
 constexpr int kLastPriority = 255;
+constexpr int kStopPriority = 100;
 constexpr uint16_t kSuccess = 1;
 constexpr int kNoAnswer = -2;
 constexpr int kRefused = -3;
@@ -46,7 +47,7 @@ int CRPK::StartStopRPKTask(int id, int taskID, int priority, std::string zones, 
     _rpk_task_request_t request{};
     request.taskID = static_cast<uint32_t>(taskID);
     request.start = start == 1 ? 1 : 0;
-    request.priority = static_cast<uint8_t>(priority);
+    request.priority = static_cast<uint8_t>(start == 1 ? priority : kStopPriority);
     zoneText.copy(request.zoneText, kMaxRPKZoneText);
     _vxa_cmd_packet_t packet =
         MakePacket(m_app.Configuration().NodeID(), static_cast<uint32_t>(id), kCmdRPKTask, request);

@@ -10,7 +10,7 @@ struct CZCU::TriggerVariant {
     uint32_t headerSource;
     uint32_t source;
     uint32_t sourceDevice;
-    bool closeOnTimeout;
+    std::function<bool()> closesOnTimeout;
     std::string triggerTimeoutText;
     std::string joinTimeoutText;
 };
@@ -71,20 +71,21 @@ int CZCU::ZCU_Request_TriggerNetTask(tagZCU_PARAM* param, TriggerOutcome& outcom
                        {.headerSource = param->sourceNodeID,
                         .source = param->taskID,
                         .sourceDevice = param->sourceNodeID,
-                        .closeOnTimeout = false,
+                        .closesOnTimeout = [] { return false; },
                         .triggerTimeoutText = Format("Trigger ZCU %d timeout, task ID %d", zcuID, taskID),
                         .joinTimeoutText = Format("ZCU %d join multicast timeout, task ID %d", zcuID, taskID)},
                        outcome);
 }
 
-int CZCU::ZCU_Request_TriggerLBXTask_V2(tagZCU_PARAM* param, TriggerOutcome& outcome) {
+int CZCU::ZCU_Request_TriggerLBXTask_V2(tagZCU_PARAM* param, TriggerOutcome& outcome,
+                                        const std::function<bool()>& isSuperseded) {
     outcome = {};
     if (!IsRequestValid(param) || param->recovery > kMaxRecovery) { return RefuseInvalid(outcome); }
     return RequestTask(*param,
                        {.headerSource = m_app.Configuration().NodeID(),
                         .source = static_cast<uint32_t>(int32_t{param->auxPort}),
                         .sourceDevice = param->auxDeviceID,
-                        .closeOnTimeout = true,
+                        .closesOnTimeout = [&isSuperseded] { return !isSuperseded || !isSuperseded(); },
                         .triggerTimeoutText = "Trigger ZCU task timeout.",
                         .joinTimeoutText = "ZCU join multicast timeout."},
                        outcome);
@@ -150,7 +151,7 @@ bool CZCU::AwaitJoin(const tagZCU_PARAM& param, const TriggerVariant& variant, T
 }
 
 void CZCU::ReportTimeout(const tagZCU_PARAM& param, const TriggerVariant& variant, const std::string& text) {
-    if (variant.closeOnTimeout) { ZCU_Request_CloseAudio(param.zcuID, param.taskID); }
+    if (variant.closesOnTimeout()) { ZCU_Request_CloseAudio(param.zcuID, param.taskID); }
     LogZCU(kLogError, text);
 }
 

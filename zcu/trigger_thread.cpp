@@ -7,16 +7,14 @@
 
 namespace {
 
-using TriggerRequest = int (CZCU::*)(tagZCU_PARAM*, TriggerOutcome&);
-
-void* RunTriggerJob(void* param, const char* threadName, TriggerRequest request) {
+template <typename Request> void* RunTriggerJob(void* param, const char* threadName, Request request) {
     if (param == nullptr) { return kTriggerThreadFailed; }
     const std::unique_ptr<TriggerJob> job(static_cast<TriggerJob*>(param));
     const CThreadScope scope(threadName);
     int success = 0;
     ContainExceptions([&] {
         TriggerOutcome outcome;
-        success = (job->zcu.*request)(&job->param, outcome);
+        if (!job->isOver()) { success = request(*job, outcome); }
     });
     return success == 1 ? kTriggerThreadSucceeded : kTriggerThreadFailed;
 }
@@ -24,9 +22,13 @@ void* RunTriggerJob(void* param, const char* threadName, TriggerRequest request)
 } // namespace
 
 void* CZCU::ThreadTriggerZCUJoinNetStream(void* param) {
-    return RunTriggerJob(param, "k740-trigger", &CZCU::ZCU_Request_TriggerNetTask);
+    return RunTriggerJob(param, "k740-trigger", [](TriggerJob& job, TriggerOutcome& outcome) {
+        return job.zcu.ZCU_Request_TriggerNetTask(&job.param, outcome);
+    });
 }
 
 void* CZCU::ThreadTriggerZCUJoinNetAUX(void* param) {
-    return RunTriggerJob(param, "k740-trigger-ax", &CZCU::ZCU_Request_TriggerLBXTask_V2);
+    return RunTriggerJob(param, "k740-trigger-ax", [](TriggerJob& job, TriggerOutcome& outcome) {
+        return job.zcu.ZCU_Request_TriggerLBXTask_V2(&job.param, outcome, job.isSuperseded);
+    });
 }

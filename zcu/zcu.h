@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <string>
 
 class CK740ControlApp;
@@ -81,7 +82,10 @@ public:
     /// @return         1 the controller plays, 0 it does not
     int ZCU_Request_TriggerNetTask(tagZCU_PARAM* param, TriggerOutcome& outcome);
     /// The same for an AUX task, which refuses a recovery above 1 and closes the audio when an answer stays out.
-    int ZCU_Request_TriggerLBXTask_V2(tagZCU_PARAM* param, TriggerOutcome& outcome);
+    /// @param isSuperseded  asked before that: closing carries the task's ID alone and would close a later task of the
+    ///                      same ID; none means no
+    int ZCU_Request_TriggerLBXTask_V2(tagZCU_PARAM* param, TriggerOutcome& outcome,
+                                      const std::function<bool()>& isSuperseded = {});
     /// Threads that trigger one controller. @param param  a TriggerJob made with new, owned by the thread
     /// @return 0 the controller plays, else 1
     static void* ThreadTriggerZCUJoinNetStream(void* param);

@@ -38,7 +38,8 @@ protected:
     LogFixture() {
         std::filesystem::create_directory("k740log");
         m_log.PushLog("", 0, "the writer's only pass");
-        m_log.Initialization(m_directory.Path().string());
+        m_log.SetBaseDirectory(m_directory.Path().string());
+        m_log.Initialization();
         m_log.Finish();
         EXPECT_TRUE(WaitForLogLine("the writer's only pass"));
         EXPECT_TRUE(WaitUntil([] { return RunningThreads() == 0; }));

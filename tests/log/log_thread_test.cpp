@@ -16,7 +16,8 @@ protected:
         std::filesystem::create_directory("k740log");
         m_log.PushLog("", 0, "first");
         m_time.TimeStart();
-        m_log.Initialization(m_directory.Path().string());
+        m_log.SetBaseDirectory(m_directory.Path().string());
+        m_log.Initialization();
     }
     ~LogThreadTest() override {
         EXPECT_TRUE(WaitForLogLine("first")); // so the writer has begun

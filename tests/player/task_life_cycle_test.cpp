@@ -289,6 +289,21 @@ TEST_F(TaskLifeCycleTest, StartedAgainWhileItIsTriggeredTheOldTaskGivesUpAtOnce)
     EXPECT_EQ((std::vector<int>{kPlay, kPlay}), Commands());
 }
 
+TEST_F(TaskLifeCycleTest, StoppedTwiceWhileItIsTriggeredNoFailureOfTheFirstIsLeft) {
+    sim::PlayBehaviour refusal;
+    refusal.reply = PlayReply::Refuse;
+    refusal.answerDelay = 300ms;
+    m_controller.SetBehaviour(refusal);
+    ASSERT_EQ(0, Start());
+    ASSERT_TRUE(Field().Events().WaitFor(sim::Received(kController, kPlay), kSoon));
+    ASSERT_EQ(0, K740_StopTask(kTask));
+    ASSERT_EQ(0, Start());
+    ASSERT_EQ(0, K740_StopTask(kTask));
+    ASSERT_TRUE(WaitUntil([] { return !g_app->Player().Status().HasThreads(); }, kSoon));
+    EXPECT_EQ(Reports().Of(kTask).back(), K740_GetTaskStatus(kTask));
+    EXPECT_EQ(0, Reports().Of(kTask)[2]); // the first task, which was overtaken
+}
+
 TEST_F(TaskLifeCycleTest, TwoHostThreadsThatStartOneTaskStartItOnce) {
     for (int taskID = 1; taskID <= 20; ++taskID) {
         std::atomic<int> accepted{0};

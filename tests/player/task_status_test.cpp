@@ -11,6 +11,7 @@ namespace k740::test {
 namespace {
 
 using Acceptance = CTaskStatusTable::Acceptance;
+using Predecessor = CTaskStatusTable::Predecessor;
 
 class TaskStatusTest : public ::testing::Test {
 protected:
@@ -155,9 +156,11 @@ TEST_F(TaskStatusTest, TheEarlierThreadsEndLeavesTheLaterTaskAlone) {
     const TaskInstance first = Accept(1);
     m_table.Remove(1);
     const TaskInstance second = Accept(1);
-    EXPECT_TRUE(m_table.HasPredecessor(1, second));
+    EXPECT_EQ(Predecessor::Working, m_table.FindPredecessor(1, second));
     EXPECT_EQ(0, m_table.Conclude(1, first, 0));
-    EXPECT_FALSE(m_table.HasPredecessor(1, second));
+    EXPECT_EQ(Predecessor::TellingTheHost, m_table.FindPredecessor(1, second));
+    m_table.Forget(1, first);
+    EXPECT_EQ(Predecessor::None, m_table.FindPredecessor(1, second));
     EXPECT_EQ(1, m_table.Status(1));
 }
 
@@ -178,14 +181,51 @@ TEST_F(TaskStatusTest, AFailureStaysToBeSeenAlsoWhenTheTaskWasStopped) {
 
 TEST_F(TaskStatusTest, TheFirstThreadHasNoPredecessor) {
     const TaskInstance first = Accept(1);
-    EXPECT_FALSE(m_table.HasPredecessor(1, first));
+    EXPECT_EQ(Predecessor::None, m_table.FindPredecessor(1, first));
     m_table.Remove(1);
     const TaskInstance second = Accept(1);
     m_table.Remove(1);
     const TaskInstance third = Accept(1);
     m_table.Conclude(1, first, 0);
-    EXPECT_TRUE(m_table.HasPredecessor(1, third)); // the second
-    EXPECT_FALSE(m_table.HasPredecessor(1, second));
+    m_table.Forget(1, first);
+    EXPECT_EQ(Predecessor::Working, m_table.FindPredecessor(1, third)); // the second
+    EXPECT_EQ(Predecessor::None, m_table.FindPredecessor(1, second));
+}
+
+TEST_F(TaskStatusTest, AnEarlierThreadsFailureIsNotSeenWhenTheLaterTaskWasStoppedToo) {
+    const TaskInstance first = Accept(1);
+    m_table.Remove(1);
+    const TaskInstance second = Accept(1);
+    m_table.Remove(1);
+    EXPECT_TRUE(m_table.IsSuperseded(1, first));
+    EXPECT_FALSE(m_table.IsSuperseded(1, second));
+    EXPECT_EQ(0, m_table.Conclude(1, first, -3));
+    EXPECT_EQ(0, m_table.Status(1));
+    EXPECT_EQ(0, m_table.Conclude(1, second, 0));
+    EXPECT_EQ(0, m_table.Status(1));
+}
+
+TEST_F(TaskStatusTest, ARefusalForWantOfChannelsOutlivesTheEarlierThread) {
+    const TaskInstance first = Accept(1);
+    m_table.Remove(1);
+    TaskInstance refused = 0;
+    EXPECT_EQ(CTaskStatusTable::Acceptance::LimitReached, m_table.Accept(1, 0, refused));
+    EXPECT_EQ(0, m_table.Conclude(1, first, 0));
+    EXPECT_EQ(-1, m_table.Status(1));
+}
+
+TEST_F(TaskStatusTest, AnAcceptanceIsOverOnceItIsConcluded) {
+    const TaskInstance first = Accept(1);
+    EXPECT_FALSE(m_table.IsOver(1, first));
+    EXPECT_EQ(first, m_table.Owner(1));
+    m_table.Remove(1);
+    EXPECT_FALSE(m_table.IsOver(1, first)); // it still has to close what plays
+    EXPECT_EQ(0U, m_table.Owner(1));
+    m_table.Conclude(1, first, 0);
+    EXPECT_TRUE(m_table.IsOver(1, first));
+    EXPECT_TRUE(m_table.HasThreads());
+    m_table.Forget(1, first);
+    EXPECT_FALSE(m_table.HasThreads());
 }
 
 TEST_F(TaskStatusTest, OneOfManyConcurrentStartsOfAnIDIsAccepted) {

@@ -78,7 +78,7 @@ protected:
 
     CK740ControlApp m_app;
     tagZCU_PARAM m_param{};
-    CZoneTriggers m_triggers{m_app, m_param};
+    CZoneTriggers m_triggers{m_app, m_param, TaskInstance{1}};
     std::chrono::steady_clock::duration m_took{};
 };
 
@@ -168,7 +168,7 @@ TEST_F(ZoneTriggersTest, TheRecordCarriesTheTaskAndTheSettings) {
     task.recovery = 1;
     task.deviceID = 7001;
     task.auxPort = 4;
-    CZoneTriggers triggers(m_app, MakeTriggerParam(task));
+    CZoneTriggers triggers(m_app, MakeTriggerParam(task), TaskInstance{1});
     triggers.Start("002101", NotingTrigger);
     EXPECT_EQ(0, triggers.WaitForTriggerZCU([] { return false; }));
     ASSERT_EQ(1U, Given().size());

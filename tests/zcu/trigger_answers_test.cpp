@@ -154,7 +154,9 @@ TEST_F(TriggerAnswersTest, ATriggerThreadAnswersZeroForASuccessAndElseOne) {
     EXPECT_EQ(kTriggerThreadFailed, CZCU::ThreadTriggerZCUJoinNetStream(nullptr));
     EXPECT_EQ(kTriggerThreadFailed, CZCU::ThreadTriggerZCUJoinNetAUX(nullptr));
     EXPECT_EQ(reinterpret_cast<void*>(1), kTriggerThreadFailed);
-    const auto job = [this] { return new TriggerJob{g_app->ZCU(), m_param}; }; // the thread frees it
+    const auto job = [this] { // the thread frees it
+        return new TriggerJob{g_app->ZCU(), m_param, [] { return false; }, [] { return false; }};
+    };
     GiveAnswer(MatchingAnswer(kTokenA));
     GiveAnswer(MatchingAnswer(kTokenA));
     EXPECT_EQ(nullptr, CZCU::ThreadTriggerZCUJoinNetStream(job()));
