@@ -4,9 +4,9 @@
 #include "app/application.h"
 #include "app/k740.h"
 
-#include <string>
-
 #include <pthread.h>
+
+#include <string>
 
 inline constexpr int kOk = 0;
 inline constexpr int kFail = -1;

@@ -291,8 +291,8 @@ K740_API int K740_StartNetAUXTask(int taskID, int priority, int deviceID, const 
 
 /**
  * Stops a task. A broadcasting task ends within some 150 ms and then reports state 0, once. An accepted one first waits
- * for the answers of its zone controllers, for up to some 4 s, and then reports 0, or the state that it failed with. For
- * any other PTASKSTATUS is called with state 0 during this call.
+ * for the answers of its zone controllers, for up to some 4 s, and then reports 0 or the state that it failed with. For
+ * any other task PTASKSTATUS is called with state 0 during this call.
  *
  * @return 0; -1 when the ID is outside 1..50000
  */

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-/// Reads the PCM of a 44.1 kHz 16-bit mono WAV file (RIFF, "Multimedia Programming Interface and Data Specifications
-/// 1.0", IBM and Microsoft, 1991).
+/// Reads the PCM of a 44.1 kHz 16-bit mono WAV file (RIFF WAVE, IBM and Microsoft, 1991).
 /// @throws std::runtime_error when the file cannot be read or holds anything else
 std::vector<unsigned char> ReadPcm(const std::string& path);

@@ -9,6 +9,7 @@
 namespace k740::sim {
 namespace {
 
+constexpr std::uint8_t kWorking = 1; // device status
 constexpr std::uint16_t kAccepted = 1;
 constexpr std::uint16_t kAcceptedWithoutReport = 255;
 constexpr std::uint16_t kJoined = 1;
@@ -65,6 +66,7 @@ void ZoneController::RepeatStatus(const StatusReport& report, std::chrono::milli
 
 StatusReport ZoneController::QuietStatus() const {
     StatusReport report;
+    report.deviceStatus = kWorking;
     report.deviceIdEcho = Id();
     return report;
 }
