@@ -33,7 +33,7 @@ extern "C" {
 /// @param state    read at the start, written at the end
 /// @param variant  kAdpcmTwoChannel or kAdpcmMono; any other value does nothing
 ///
-/// Any thread, on distinct states. Costs the same for every input.
+/// Any thread, on distinct states. Costs the same for every signal; the mono variant codes digital silence faster.
 void adpcm_coder(const short* pcm, char* code, int count, adpcm_state* state, int variant);
 
 /// Decodes ADPCM to PCM.

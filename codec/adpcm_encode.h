@@ -1,4 +1,4 @@
-// One channel of an ADPCM coder, without branches on the signal: noise must not cost more than silence.
+// One channel of an ADPCM coder, without branches on the signal: loud passages must not cost more than soft ones.
 #pragma once
 
 #include "codec/adpcm_step.h"
@@ -49,6 +49,9 @@ public:
         m_step = kEncoderSteps[next];
         return next % kMagnitudes | (static_cast<unsigned>(mirror) & kSignBit);
     }
+
+    /// Digital silence leaves an encoder at rest as it is, and its code is 0.
+    bool IsAtRest() const { return (static_cast<uint32_t>(m_predicted) | m_step.row) == 0; }
 
     int16_t Predicted() const { return static_cast<int16_t>(m_predicted); }
     int8_t Index() const { return static_cast<int8_t>(m_step.row / kMagnitudes); }

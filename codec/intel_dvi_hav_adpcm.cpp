@@ -13,14 +13,18 @@ constexpr adpcm::DecoderSteps kSteps = adpcm::MakeDecoderSteps([](int size, int 
            ((magnitude & 1) != 0 ? size >> 2 : 0);
 });
 
+char CodePair(MonoEncoder& encoder, const short* pcm) {
+    const unsigned first = encoder.Encode(pcm[0]);
+    const unsigned second = encoder.Encode(pcm[1]);
+    return static_cast<char>(first << 4 | second);
+}
+
 } // namespace
 
 void Intel_DVI_HAV_adpcm_coder(const short* pcm, char* code, int count, adpcm_state* state) {
     MonoEncoder encoder(state->predictedA, state->indexA);
     for (int i = 0; i < count; ++i) {
-        const unsigned first = encoder.Encode(pcm[0]);
-        const unsigned second = encoder.Encode(pcm[1]);
-        code[i] = static_cast<char>(first << 4 | second);
+        code[i] = encoder.IsAtRest() && (pcm[0] | pcm[1]) == 0 ? char{0} : CodePair(encoder, pcm);
         pcm += 2;
     }
     if (count > 0) {

@@ -95,8 +95,7 @@ TEST(AdpcmExhaustiveTest, EverySampleCodesLikeTheReference) {
     }
 }
 
-TEST(AdpcmExhaustiveTest, LongNoiseCodesLikeTheReference) {
-    const auto pcm = Noise(200000, 7);
+void ExpectStreamCodesLikeReference(const std::vector<short>& pcm) {
     std::vector<char> code(pcm.size() / 2);
     adpcm_state state{};
     Intel_adpcm_coder(pcm.data(), code.data(), static_cast<int>(code.size()), &state);
@@ -114,6 +113,23 @@ TEST(AdpcmExhaustiveTest, LongNoiseCodesLikeTheReference) {
         const int first = ReferenceMonoCode(mono, pcm[2 * i]);
         ASSERT_EQ(first << 4 | ReferenceMonoCode(mono, pcm[2 * i + 1]), static_cast<unsigned char>(code[i])) << i;
     }
+    ASSERT_EQ(mono.predicted, state.predictedA);
+    ASSERT_EQ(mono.index, state.indexA);
+}
+
+TEST(AdpcmExhaustiveTest, LongNoiseCodesLikeTheReference) {
+    ExpectStreamCodesLikeReference(Noise(200000, 7));
+}
+
+TEST(AdpcmExhaustiveTest, NoiseBetweenSilencesOfEveryLengthCodesLikeTheReference) {
+    std::vector<short> pcm;
+    for (unsigned pause = 0; pause < 300; ++pause) { // a coder comes to rest some 90 samples after the sound ends
+        const auto burst = Noise(1 + pause % 16, pause);
+        for (const short sample : burst) { pcm.push_back(static_cast<short>(sample >> pause % 15)); }
+        pcm.resize(pcm.size() + pause);
+    }
+    pcm.resize(pcm.size() / 2 * 2);
+    ExpectStreamCodesLikeReference(pcm);
 }
 
 TEST(AdpcmExhaustiveTest, IndexesStayInRangeFromAnyEntryState) {
