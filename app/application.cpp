@@ -1,5 +1,6 @@
 #include "app/application.h"
 
+#include "common/sdk_version.h"
 #include "common/stopwatch.h"
 #include "common/system_limit.h"
 #include "common/udp.h"
@@ -13,7 +14,6 @@
 
 namespace {
 
-constexpr const char* kSDKVersion = "1.0.4";
 constexpr useconds_t kBindWaitUs = 50'000;
 constexpr unsigned kOrderlyEndWaitMs = 100;
 constexpr unsigned kOrderlyEndPollMs = 1;
@@ -42,7 +42,8 @@ void LogSocketLine(uint8_t level, const std::string& text) {
 constinit CImmortal<CK740ControlApp> g_app;
 
 CK740ControlApp::CK740ControlApp()
-    : m_devices(*this), m_communication(*this), m_zcu(*this), m_rpk(*this), m_player(*this), m_callbacks(m_log) {}
+    : m_devices(*this), m_communication(*this), m_zcu(*this), m_rpk(*this), m_player(*this), m_monitor(*this),
+      m_train(*this), m_talker(*this), m_callbacks(m_log) {}
 
 CK740ControlApp::~CK740ControlApp() {
     m_initialised = 0;
@@ -70,8 +71,11 @@ int CK740ControlApp::Initialize() {
 
 void CK740ControlApp::StartManagers() {
     m_zcu.Initialization();
+    m_monitor.Initialization();
     m_log.Initialization();
     m_rpk.Initialization();
+    m_train.Initialization();
+    m_talker.Initialization();
     StartEventThreads();
     // The hub comes last, so that no packet is dispatched to a manager that is not ready.
     m_communication.Initialization();
@@ -86,6 +90,7 @@ int CK740ControlApp::Deinitialize() {
     const CQBSemLocker lock(&m_initialisation);
     m_lifetime.RequestExit();
     m_communication.WakeThreads();
+    m_talker.WakeThreads();
     m_player.WakeTasks();
     AwaitOrderlyEnd();
     m_lifetime.WakeOneSleeper();
@@ -102,7 +107,9 @@ int CK740ControlApp::Deinitialize() {
 void CK740ControlApp::AwaitOrderlyEnd() {
     CQBTime waited;
     waited.TimeStart();
-    const auto isBusy = [this] { return m_communication.HoldsPorts() || m_player.Status().HasThreads(); };
+    const auto isBusy = [this] {
+        return m_communication.HoldsPorts() || m_talker.HoldsPort() || m_player.Status().HasThreads();
+    };
     while (isBusy() && waited.TimeEnd() < kOrderlyEndWaitMs) { usTimer(kOrderlyEndPollMs); }
 }
 

@@ -6,11 +6,14 @@
 #include "common/immortal.h"
 #include "common/lifetime.h"
 #include "devices/device.h"
+#include "intercom/talker.h"
 #include "log/log.h"
+#include "monitor/monitor.h"
 #include "player/player.h"
 #include "protocol/cmd_packet.h"
 #include "protocol/communication.h"
 #include "rpk/rpk.h"
+#include "train/train.h"
 #include "zcu/zcu.h"
 
 #include <atomic>
@@ -38,7 +41,10 @@ public:
     CZCU& ZCU() { return m_zcu; }
     CRPK& RPK() { return m_rpk; }
     CPlayer& Player() { return m_player; }
+    CMonitor& Monitor() { return m_monitor; }
     CLog& Log() { return m_log; }
+    CTRAIN& Train() { return m_train; }
+    CTALKER& Talker() { return m_talker; }
     /// The threads that Deinitialize waits for, at most 5 s; none of the library's own counts itself here.
     std::atomic<int32_t>& ActiveThreads() { return m_activeThreads; }
 
@@ -55,9 +61,8 @@ public:
     void PostVolumes();
 
 private:
-    static void* ThreadTriggerEvents1(void* app);
-    static void* ThreadTriggerEvents2(void* app);
-    void RunStatusEvents();
+    void ThreadTriggerEvents1();
+    void ThreadTriggerEvents2();
     void PostAllStatus();
     void PostChangedStatus(std::deque<tagZCU_QUERYSTATUS2>& previous);
     void StartManagers();
@@ -75,7 +80,10 @@ private:
     CZCU m_zcu;
     CRPK m_rpk;
     CPlayer m_player;
+    CMonitor m_monitor;
     CLog m_log;
+    CTRAIN m_train;
+    CTALKER m_talker;
     CHostCallbacks m_callbacks;
     std::atomic<uint8_t> m_initialised{0};
 };

@@ -16,14 +16,13 @@ constexpr unsigned kVolumePassPauseMs = 50;
 constexpr unsigned kAfterVolumeV2Ms = 3;
 constexpr unsigned kAfterVolumeV3Ms = 2;
 constexpr int kZoneFault = 64; // added to a zone's state
-constexpr int kLoudest = 19;
 constexpr uint8_t kNoChannel = 255;
 constexpr int kVolumesV2 = 8;
 constexpr int kVolumesV3 = 10;
 
 /// Devices report attenuation in steps, the host is told loudness.
 int VolumeOf(uint8_t raw) {
-    return raw == kNoChannel ? -1 : kLoudest - raw;
+    return raw == kNoChannel ? -1 : kQuietestLevel - raw;
 }
 
 /// @param volumes  receives the loudness of each raw level, then -1 for the rest
@@ -36,21 +35,15 @@ void FillVolumes(const uint8_t (&levels)[kLevels], int (&volumes)[kVolumes]) {
 } // namespace
 
 void CK740ControlApp::StartEventThreads() {
-    pthread_t thread{};
-    createThread(thread, ThreadTriggerEvents1, this, 1);
-    createThread(thread, ThreadTriggerEvents2, this, 1);
+    StartThread("k740-events1", [this] { ThreadTriggerEvents1(); });
+    StartThread("k740-events2", [this] { ThreadTriggerEvents2(); });
 }
 
-void* CK740ControlApp::ThreadTriggerEvents1(void* app) {
-    ContainExceptions([app] { static_cast<CK740ControlApp*>(app)->RunStatusEvents(); });
-    return nullptr;
-}
-
-void CK740ControlApp::RunStatusEvents() {
+void CK740ControlApp::ThreadTriggerEvents1() {
     CQBTime sinceFullPass;
     sinceFullPass.TimeStart();
     std::deque<tagZCU_QUERYSTATUS2> previous;
-    RunWorker(m_lifetime, "k740-events1", kChangePassPauseMs, [&] {
+    RunWorker(m_lifetime, kChangePassPauseMs, [&] {
         if (sinceFullPass.TimeEnd() > kFullPassPeriodMs) {
             sinceFullPass.TimeStart();
             PostAllStatus();
@@ -115,16 +108,14 @@ void CK740ControlApp::PostRPKDeviceStatus(const tagRPK_QUERYSTATUS& record) {
     m_callbacks.RPKStatus(id, state, payload.activity + 1, payload.wordA, payload.extra, payload.wordB);
 }
 
-void* CK740ControlApp::ThreadTriggerEvents2(void* app) {
-    auto* self = static_cast<CK740ControlApp*>(app);
-    RunWorker(self->m_lifetime, "k740-events2", kVolumePassPauseMs, [self] { self->PostVolumes(); });
-    return nullptr;
+void CK740ControlApp::ThreadTriggerEvents2() {
+    RunWorker(m_lifetime, kVolumePassPauseMs, [this] { PostVolumes(); });
 }
 
 void CK740ControlApp::PostVolumes() {
     const auto post = [this](const auto& answer, auto& volumes, unsigned pauseMs) {
-        if (answer.valid != kVolumeAnswerValid) { return; }
-        FillVolumes(answer.levels, volumes);
+        if (answer.volumes.valid != kVolumeAnswerValid) { return; }
+        FillVolumes(answer.volumes.levels, volumes);
         if (m_callbacks.ZCUVolume(static_cast<int>(answer.zcuID), volumes)) { m_lifetime.Pause(pauseMs); }
     };
     int volumesV2[kVolumesV2];

@@ -38,6 +38,11 @@ template <typename Body> int Exported(Body body) noexcept {
     return Guarded([&](CK740ControlApp& app) { return app.EnsureInitialized() ? body(app) : kFail; });
 }
 
+/// Notes a call of the host.
+inline void LogCall(CK740ControlApp& app, const std::string& line) {
+    app.Log().PushLog("", kLogInfo, line);
+}
+
 /// @return a text from the host, which may be null
 inline std::string Text(const char* text) {
     return text == nullptr ? "" : text;

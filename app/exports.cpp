@@ -10,10 +10,6 @@ constexpr int kFirstNodeID = 9500;
 constexpr int kLastNodeID = 9999;
 constexpr int kLastHostAudioFormat = 1;
 
-void LogCall(CK740ControlApp& app, const std::string& line) {
-    app.Log().PushLog("", kLogInfo, line);
-}
-
 /// Stores a callback, null too, and logs the registration of one that is set.
 template <typename Function>
 void Register(CK740ControlApp& app, CCallbackSlot<Function>& slot, Function function, const char* type) {
@@ -67,14 +63,6 @@ extern "C" K740_API int K740_SetNIC(const char* address) {
         LogCall(app, Format("K740_SetNIC('%s')", nic.c_str()));
         return kOk;
     });
-}
-
-extern "C" K740_API int K740_EnterVAMode(int deviceID, int priority) {
-    return Exported([=](CK740ControlApp& app) { return app.ZCU().ZCU_Request_EnterEmergency(deviceID, priority); });
-}
-
-extern "C" K740_API int K740_ExitVAMode(int deviceID, int priority) {
-    return Exported([=](CK740ControlApp& app) { return app.ZCU().ZCU_Request_ExitEmergency(deviceID, priority); });
 }
 
 extern "C" K740_API int K740_EnableCallbackLog(int enable) {

@@ -19,6 +19,17 @@ void CHostCallbacks::Clear() {
     EnableLog(false);
 }
 
+namespace {
+
+/// @return the audio as the log shows it: its first samples and its length
+std::string Describe(const HostAudio& audio) {
+    const short* s = audio.samples;
+    return Format("{%u,%u,%u,%u,%u,%u,%u,%u ...}, %u", unsigned(s[0]), unsigned(s[1]), unsigned(s[2]), unsigned(s[3]),
+                  unsigned(s[4]), unsigned(s[5]), unsigned(s[6]), unsigned(s[7]), unsigned(audio.bytes));
+}
+
+} // namespace
+
 template <typename Function, typename Call, typename Describe>
 bool CHostCallbacks::Deliver(const char* type, const CCallbackSlot<Function>& slot, Call call, Describe describe) {
     const Function function = slot.Get();
@@ -75,4 +86,53 @@ void CHostCallbacks::RPKStatus(int deviceID, int state, int activity, int wordA,
             return Format("PRPKSTATUS(%u, %u, %u, %u, %u, %u)", unsigned(deviceID), unsigned(state), unsigned(activity),
                           unsigned(wordA), unsigned(extra), unsigned(wordB));
         });
+}
+
+void CHostCallbacks::MonitorZone(int deviceID, int zone, const HostAudio& audio) {
+    Deliver(
+        "PMONITORZONE", monitorZone,
+        [&](PMONITORZONE function) { function(deviceID, zone, audio.Bytes(), audio.bytes); },
+        [&] {
+            return Format("PMONITORZONE(%u, %u, %s)", unsigned(deviceID), unsigned(zone), Describe(audio).c_str());
+        });
+}
+
+void CHostCallbacks::TrainMessage(int sourceID, int deviceID, int message) {
+    Deliver(
+        "PTRAINMESSAGE", trainMessage, [&](PTRAINMESSAGE function) { function(sourceID, deviceID, message); },
+        [&] { return Format("PTRAINMESSAGE(%u, %u, %u)", unsigned(sourceID), unsigned(deviceID), unsigned(message)); });
+}
+
+void CHostCallbacks::TrainAudio(int sourceID, int taskID, const HostAudio& audio) {
+    Deliver(
+        "PTRAINAUDIO", trainAudio,
+        [&](PTRAINAUDIO function) { function(sourceID, taskID, audio.Bytes(), audio.bytes); },
+        [&] {
+            return Format("PTRAINAUDIO(%u, %u, %s)", unsigned(sourceID), unsigned(taskID), Describe(audio).c_str());
+        });
+}
+
+void CHostCallbacks::RPKPTTAudio(int deviceID, int kind, const HostAudio& audio) {
+    Deliver(
+        "PRPKPTTAUDIO", rpkPTTAudio,
+        [&](PRPKPTTAUDIO function) { function(deviceID, kind, audio.Bytes(), audio.bytes); },
+        [&] {
+            return Format("PRPKPTTAUDIO(%u, %u, %s)", unsigned(deviceID), unsigned(kind), Describe(audio).c_str());
+        });
+}
+
+void CHostCallbacks::IntercomMessage(int stationID, int intercomID, int message) {
+    Deliver(
+        "PINTERCOMMESSAGE", intercomMessage,
+        [&](PINTERCOMMESSAGE function) { function(stationID, intercomID, message); },
+        [&] {
+            return Format("PINTERCOMMESSAGE(%u, %u, %u)", unsigned(stationID), unsigned(intercomID), unsigned(message));
+        });
+}
+
+void CHostCallbacks::IntercomAudio(int stationID, const HostAudio& audio) {
+    Deliver(
+        "PINTERCOMAUDIO", intercomAudio,
+        [&](PINTERCOMAUDIO function) { function(stationID, audio.Bytes(), audio.bytes); },
+        [&] { return Format("PINTERCOMAUDIO(%u, %s)", unsigned(stationID), Describe(audio).c_str()); });
 }

@@ -18,6 +18,14 @@ private:
     std::atomic<Function> m_function{nullptr};
 };
 
+/// Decoded audio on its way to the host.
+struct HostAudio {
+    short* samples; // at least eight
+    int bytes;
+
+    unsigned char* Bytes() const { return reinterpret_cast<unsigned char*>(samples); }
+};
+
 /// Calls the host on the calling thread, which must hold no lock. While the callback log is on, each call is written to
 /// it after the host has returned. A callback that is not set is neither called nor logged; what one throws ends here.
 /// Any thread.
@@ -37,6 +45,12 @@ public:
     bool ZCUVolume(int deviceID, int* volumes);
     void TaskStatus(int taskID, int status);
     void RPKStatus(int deviceID, int state, int activity, int wordA, int extra, int wordB);
+    void MonitorZone(int deviceID, int zone, const HostAudio& audio);
+    void TrainMessage(int sourceID, int deviceID, int message);
+    void TrainAudio(int sourceID, int taskID, const HostAudio& audio);
+    void RPKPTTAudio(int deviceID, int kind, const HostAudio& audio);
+    void IntercomMessage(int stationID, int intercomID, int message);
+    void IntercomAudio(int stationID, const HostAudio& audio);
 
     CCallbackSlot<PZCUSTATUS> zcuStatus;
     CCallbackSlot<PRPKSTATUS> rpkStatus;

@@ -1,9 +1,9 @@
 /*
  * K740 control library: the C interface of a controller for IP public-address and voice-alarm installations.
  *
- * Initialisation: every function but K740_Initialize, K740_SleepStart and K740_SleepEnd initialises the library when
- * that has not happened yet, and returns -1 when it fails. A process initialises once: K740_Deinitialize stops the
- * library's threads for good.
+ * Initialisation: every function but K740_Initialize, K740_SleepStart, K740_SleepEnd and K740_SetTrainStatus
+ * initialises the library when that has not happened yet, and returns -1 when it fails. A process initialises once:
+ * K740_Deinitialize stops the library's threads for good.
  *
  * Threads: any function may be called from any thread, also from within a callback. Callbacks run on threads of the
  * library, several at once. Those called on a receiving thread hold up its port while they run, so a callback should
@@ -85,22 +85,61 @@ typedef int (*PZCUVOLUME)(int deviceID, int* volumes);
  */
 typedef int (*PTASKSTATUS)(int taskID, int status);
 
-/** Audio of a monitored zone, 44.1 kHz. @param length bytes */
+/**
+ * Audio of a monitored zone.
+ *
+ * @param deviceID zone controller
+ * @param zone     1..8
+ * @param audio    44.1 kHz
+ * @param length   bytes, up to 4096
+ */
 typedef int (*PMONITORZONE)(int deviceID, int zone, unsigned char* audio, int length);
 
-/** Event of a virtual zone controller. @param message 1 play request accepted, 2 playing ended */
+/**
+ * Event of a virtual zone controller.
+ *
+ * @param sourceID device that asked it to play
+ * @param deviceID virtual zone controller
+ * @param message  1 play request accepted, 2 playing ended
+ */
 typedef int (*PTRAINMESSAGE)(int sourceID, int deviceID, int message);
 
-/** Audio that a virtual zone controller plays, 44.1 kHz. @param length bytes */
+/**
+ * Audio that a virtual zone controller plays, between its messages 1 and 2.
+ *
+ * @param sourceID device that asked it to play
+ * @param taskID   task of that device
+ * @param audio    44.1 kHz
+ * @param length   bytes, up to 4096
+ */
 typedef int (*PTRAINAUDIO)(int sourceID, int taskID, unsigned char* audio, int length);
 
-/** Push-to-talk audio of a paging station, 44.1 kHz. @param kind 3 @param length bytes */
+/**
+ * Push-to-talk audio of a paging station.
+ *
+ * @param deviceID station
+ * @param kind     3
+ * @param audio    44.1 kHz
+ * @param length   bytes, up to 4096
+ */
 typedef int (*PRPKPTTAUDIO)(int deviceID, int kind, unsigned char* audio, int length);
 
-/** Event of an intercom call. @param message 1 station invites, 2 station hung up, 3 station accepted */
+/**
+ * Event of an intercom call. Runs on a receiving thread; K740_Accept, K740_HangUp and K740_Invite may be called in it.
+ *
+ * @param stationID  paging station
+ * @param intercomID virtual paging station
+ * @param message    1 the station invites, 2 it hung up or refused, 3 it accepted
+ */
 typedef int (*PINTERCOMMESSAGE)(int stationID, int intercomID, int message);
 
-/** Audio of the station in an intercom call, 44.1 kHz. @param length bytes */
+/**
+ * Audio of a station that is in a call with an intercom. One block may follow the end of the call.
+ *
+ * @param stationID paging station
+ * @param audio     44.1 kHz
+ * @param length    bytes, up to 4096
+ */
 typedef int (*PINTERCOMAUDIO)(int stationID, unsigned char* audio, int length);
 
 /* -------------------------------------------------------------------------------------- lifecycle, configuration */
@@ -226,6 +265,20 @@ K740_API int K740_SetIntercomCallback(PINTERCOMMESSAGE intercomMessage, PINTERCO
  */
 K740_API int K740_AddDevice(int deviceID, int deviceType, const char* address);
 
+/**
+ * Asks a device for its version. Blocks until it answers, for up to some 4 s; in a callback that runs on a receiving
+ * thread it may block the very port on which the answer comes.
+ *
+ * @param deviceID any registered device
+ * @param text     receives at most size characters, zero-terminated only if there is room: "APP:a, MCU:m, Kernel:k"
+ *                 for zone controllers and AUX interfaces, "APP:a, Kernel:k" for paging stations, "APP:1.0.4" for what
+ *                 the library plays itself; empty for other types. Cleared first, also on failure. May be null
+ * @param size     bytes of text
+ * @return         length of the whole version in bytes, whether it fitted or not; -1 unknown device; -2 no answer;
+ *                 -3 the device was removed meanwhile
+ */
+K740_API int K740_GetDeviceVersion(int deviceID, char* text, int size);
+
 /** Forgets a device. @return 0; -1 when it is not registered */
 K740_API int K740_RemoveDevice(int deviceID);
 
@@ -241,7 +294,9 @@ K740_API int K740_RemoveDevice(int deviceID);
 K740_API int K740_GetDeviceList(char* buffer, int size);
 
 /**
- * Sets the multicast group on which a paging station sends its push-to-talk audio. May block for up to 3 s.
+ * Sets the multicast group on which a paging station sends its push-to-talk audio, which PRPKPTTAUDIO then hands on
+ * until the group is changed or the station removed, even after K740_Deinitialize. Blocks until a former group is left,
+ * for up to 3 s, and always that long when called in PRPKPTTAUDIO of the same station.
  *
  * @param deviceID paging station
  * @param address  group; empty or null switches off
@@ -249,6 +304,59 @@ K740_API int K740_GetDeviceList(char* buffer, int size);
  *                 did not end in time, no group is set then
  */
 K740_API int K740_SetRPKPTTMulticastIP(int deviceID, const char* address);
+
+/* ------------------------------------------------------------------------------------------------ zone controllers */
+
+/**
+ * Sets output volumes of a zone controller. Returns without waiting; some 200 ms after the controller has acknowledged
+ * a change its volumes are read, and PZCUVOLUME tells what it took.
+ *
+ * @param deviceID registered zone controller of type 0 or 1
+ * @param levels   eight volumes, 0 quiet to 19 loud, -1 leaves a channel as it is; type 0 has four channels, and its
+ *                 last four values are checked but not used
+ * @return         0; -1 no such controller, or for type 1 the request could not be sent; -2 null or a value outside
+ *                 -1..19
+ */
+K740_API int K740_SetVolume(int deviceID, int* levels);
+
+/**
+ * Asks a zone controller for its volumes. Returns without waiting; PZCUVOLUME tells them when the controller answers.
+ *
+ * @param deviceID registered zone controller of type 0 or 1
+ * @return         0, also when the request could not be sent; -1 no such controller
+ */
+K740_API int K740_GetVolume(int deviceID);
+
+/**
+ * Silences zones, whatever they play. Returns without waiting.
+ *
+ * @param zones as for tasks, see below
+ * @return      0; -1 for null or bad zones
+ */
+K740_API int K740_CloseZones(const char* zones);
+
+/**
+ * Starts or ends listening to what a zone plays, at most five zones at a time. Returns without waiting. PMONITORZONE
+ * hands on the audio as soon as the controller has told the zone's multicast group, which it is asked at once and every
+ * 3 s. After the end some audio may follow for about a quarter of a second.
+ *
+ * @param deviceID registered zone controller, virtual ones too
+ * @param zone     1..8
+ * @param start    1 start, 0 end
+ * @return         0; 1 the zone is monitored already; -1 bad argument or no such controller; -2 five zones are
+ * monitored
+ */
+K740_API int K740_MonitorZone(int deviceID, int zone, int start);
+
+/**
+ * Tells the state of the train, which becomes the status of a virtual zone controller that those see who send it
+ * heartbeats. Without a new call for 60 s the controller counts as off line. Does not initialise the library.
+ *
+ * @param deviceID registered virtual zone controller
+ * @param status   1, 2 or 3; others count as unknown
+ * @return         0; -1 no virtual zone controller
+ */
+K740_API int K740_SetTrainStatus(int deviceID, int status);
 
 /* ---------------------------------------------------------------------------------------------------------- tasks */
 /*
@@ -288,6 +396,23 @@ K740_API int K740_StartAudioStreamTask(int taskID, int volume, int priority, int
  */
 K740_API int K740_StartNetAUXTask(int taskID, int priority, int deviceID, const char* multicastIP, int auxPort,
                                   int recovery, const char* zones, int dryContactOutput);
+
+/**
+ * Plays audio files as an audio stream task. Blocks until playing is over; the task can be stopped from another thread.
+ * PTASKSTATUS tells how the task goes on.
+ *
+ * @param taskID           1..50000, and so on as for K740_StartAudioStreamTask
+ * @param files            paths, separated by "|", blanks around each dropped: raw PCM of 44.1 kHz behind a header of
+ *                         100 bytes, which are skipped whatever they are. The audio stream format must be 0. A file
+ *                         that cannot be opened is logged and left out
+ * @param repeat           passes over all files, 1..65535; 0 plays without end: a stopped task then ends the file, but
+ *                         the call goes on, each file for some 200 ms, until K740_Deinitialize
+ * @return                 0 played, or stopped meanwhile; -1 bad argument; -2 the task is accepted or broadcasting
+ *                         already; -3 200 tasks are; -4 the task failed before it was broadcasting, which takes up to
+ *                         some 4 s
+ */
+K740_API int K740_StartAudioFileTask(int taskID, int volume, int priority, int recovery, const char* zones,
+                                     int dryContactOutput, const char* files, int repeat);
 
 /**
  * Stops a task. A broadcasting task ends within some 150 ms and then reports state 0, once. An accepted one first waits
@@ -344,6 +469,73 @@ K740_API int K740_StartRPKTask(int deviceID, int taskID, int priority, const cha
 
 /** Tells a paging station to stop one of its own tasks. Arguments, blocking and results as for K740_StartRPKTask. */
 K740_API int K740_StopRPKTask(int deviceID, int taskID);
+
+/**
+ * Tells a paging station to listen to a zone. Blocks until it answers, for up to some 4 s.
+ *
+ * An answer that comes too late for its call is taken for that of the station's next one.
+ *
+ * @param deviceID registered paging station
+ * @param zcuID    registered zone controller, virtual ones too
+ * @param zone     1..8
+ * @return         0 done; -1 bad argument or no such device; -2 no answer; -3 the station refused
+ */
+K740_API int K740_StartRPKMonitor(int deviceID, int zcuID, int zone);
+
+/**
+ * Tells a paging station to stop listening to the zone of the last K740_StartRPKMonitor. Blocks and results as for it.
+ */
+K740_API int K740_StopRPKMonitor(int deviceID);
+
+/* ------------------------------------------------------------------------------------------------------- intercoms */
+/*
+ * A virtual paging station (device type 10) is an intercom: the host talks through it to paging stations, one at a
+ * time. Its calls need a PINTERCOMMESSAGE callback. A call that rings for 60 s is hung up, without a message.
+ */
+
+/**
+ * Calls a paging station. It answers with message 3 (accepted) or 2 (refused).
+ *
+ * @return 0; -1 no PINTERCOMMESSAGE; -2 no registered intercom or no registered paging station; -3 the intercom is
+ *         ringing or talking
+ */
+K740_API int K740_Invite(int intercomID, int stationID);
+
+/**
+ * Accepts the call of a paging station, after message 1. Audio flows from then on.
+ *
+ * @return 0; -1 no PINTERCOMMESSAGE; -2 no registered intercom or no registered paging station; -3 the intercom is not
+ *         ringing
+ */
+K740_API int K740_Accept(int intercomID, int stationID);
+
+/**
+ * Ends a call, or refuses it. Takes some 20 ms. Audio that waits to be sent is dropped.
+ *
+ * @return 0, whether there was a call or not; -1 no PINTERCOMMESSAGE; -2 no registered intercom
+ */
+K740_API int K740_HangUp(int intercomID);
+
+/**
+ * Reads the state of an intercom.
+ *
+ * @param status    receives 1 ringing, 2 talking, 3 idle; may be null
+ * @param stationID receives the paging station of the current or last call, 0 for none; may be null
+ * @return          0; -1 no registered intercom
+ */
+K740_API int K740_GetIntercomStatus(int intercomID, int* status, int* stationID);
+
+/**
+ * Queues audio for the paging station that an intercom talks to. Sent in blocks of 4096 bytes, 46.4 ms each, from some
+ * 3 s after the call was accepted on; what was queued until then is dropped. Any size; several threads may feed one
+ * intercom, each block stays whole.
+ *
+ * @param data   44.1 kHz; copied
+ * @param length bytes, at least 1
+ * @return       0; -1 bad argument or no PINTERCOMMESSAGE; -2 the intercom is not talking; -3 no room (1 MiB waits,
+ * some 12 s), the block is dropped whole
+ */
+K740_API int K740_SendIntercomAudio(int intercomID, unsigned char* data, int length);
 
 #ifdef __cplusplus
 }

@@ -54,6 +54,16 @@ public:
         return taken;
     }
 
+    /// Removes the oldest record that matches and hands it out.
+    template <typename Match> std::optional<Record> TakeFirst(Match match) {
+        const CQBSemLocker lock(&m_lock);
+        const auto oldest = std::find_if(m_records.begin(), m_records.end(), match);
+        if (oldest == m_records.end()) { return std::nullopt; }
+        std::optional<Record> taken(std::move(*oldest));
+        m_records.erase(oldest);
+        return taken;
+    }
+
     /// @return a copy of the first record that matches
     template <typename Match> std::optional<Record> Find(Match match) const {
         const CQBSemLocker lock(&m_lock);
@@ -62,14 +72,15 @@ public:
     }
 
     /// Changes the first record that matches, or appends one.
-    template <typename Match, typename Update> void UpdateOrAppend(Match match, Update update, Record fresh) {
+    /// @return whether it was appended
+    template <typename Match, typename Update> bool UpdateOrAppend(Match match, Update update, Record fresh) {
         const CQBSemLocker lock(&m_lock);
         const auto found = std::find_if(m_records.begin(), m_records.end(), match);
         if (found != m_records.end()) {
             update(*found);
-        } else {
-            AppendLocked(std::move(fresh));
+            return false;
         }
+        return AppendLocked(std::move(fresh));
     }
 
     /// Erases every record that matches. @return how many

@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <string>
 
+/// Result of a receive that was interrupted or timed out.
+inline constexpr int kReceiveTimedOut = -2;
+
 /// Receives the log lines of sockets. @param level  0 information, 4 error
 using UdpLogHook = void (*)(uint8_t level, const std::string& text);
 
@@ -42,7 +45,7 @@ public:
     /// @return 0
     int join_multicast_recv(const std::string& group, int port, const std::string& nic, int timeout_ms);
     /// Receives one datagram and remembers its sender.
-    /// @return bytes received; -2 when interrupted or timed out; -1 for null, a length below 1, no socket or an error
+    /// @return bytes received; kReceiveTimedOut; -1 for null, a length below 1, no socket or an error
     int recv_multicast_data(char* buf, int len);
     /// Sends one datagram to the group. @return bytes sent
     int send_multicast_data(const char* buf, int len);

@@ -17,7 +17,6 @@ constexpr timeval kSendTimeout{0, 100'000};
 constexpr int kTimeToLive = 64;
 constexpr int kOn = 1;
 constexpr int kOff = 0;
-constexpr int kReceiveTimedOut = -2;
 
 ip_mreq Membership(const std::string& group, const std::string& nic) {
     ip_mreq membership{};

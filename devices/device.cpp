@@ -94,6 +94,8 @@ int CDevice::RemoveDevice(int id) {
         }
     }
     if (IsZoneControllerType(type)) { m_app.ZCU().RemoveStatus(id); }
+    if (type == kDeviceVirtualZoneController) { m_app.ZCU().RemoveTaskZones(0, -1, id, RemoveZones::OfEveryTask); }
+    if (type == kDevicePagingStation) { m_app.RPK().RemoveMonitorZone(id); }
     m_app.Log().PushLog("", kLogInfo, Format("K740_RemoveDevice(%d)", id));
     return 0;
 }

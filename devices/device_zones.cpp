@@ -56,6 +56,7 @@ int CDevice::SetRPKPTTMulticastIP(int id, const std::string& ip) {
     UpdateRPKMulticastIP(id, "");
     if (!WaitUntilPTTMonitorEnded(id)) { return -3; }
     UpdateRPKMulticastIP(id, address);
+    if (!address.empty()) { m_app.RPK().StartMonitorPTT(id); }
     return 0;
 }
 

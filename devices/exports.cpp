@@ -22,7 +22,7 @@ extern "C" K740_API int K740_GetDeviceList(char* buffer, int size) {
 extern "C" K740_API int K740_SetRPKPTTMulticastIP(int deviceID, const char* address) {
     return Exported([=](CK740ControlApp& app) {
         const int result = app.Devices().SetRPKPTTMulticastIP(deviceID, Text(address));
-        app.Log().PushLog("", kLogInfo, Format("K740_SetRPKPTTMulticastIP(%d, '%s')", deviceID, Text(address).c_str()));
+        LogCall(app, Format("K740_SetRPKPTTMulticastIP(%d, '%s')", deviceID, Text(address).c_str()));
         return result;
     });
 }

@@ -41,8 +41,10 @@ public:
         }
     }
 
-    /// Puts a record in directly, whether its device is registered or not.
+    /// Puts a record in directly, whether its device is registered or not. Reports of the device that still wait are
+    /// older and go.
     void Put(const Record& record) {
+        m_pending.EraseIf(IsOf(record.DeviceID()));
         const CQBSemLocker lock(&m_lock);
         PutLocked(record);
     }

@@ -32,8 +32,7 @@ void AppendToFile(const std::string& path, const std::string& text) {
 } // namespace
 
 void CLog::Initialization() {
-    pthread_t thread{};
-    createThread(thread, ThreadSaveLog, this, 1);
+    StartThread("k740-log", [this] { ThreadSaveLog(); });
 }
 
 void CLog::PushLog(const std::string& /*type*/, uint8_t level, const std::string& text) {
@@ -70,13 +69,7 @@ std::string CLog::FilePath(const std::string& name) const {
     return m_baseDirectory + "/" + kLogDirectory + "/" + name + kLogExtension;
 }
 
-void* CLog::ThreadSaveLog(void* log) {
-    const CThreadScope scope("k740-log");
-    static_cast<CLog*>(log)->RunWriter();
-    return nullptr;
-}
-
-void CLog::RunWriter() {
+void CLog::ThreadSaveLog() {
     bool lastPass = false;
     while (!lastPass) {
         m_finishRequested.Wait(kWritePeriodMs);

@@ -51,8 +51,7 @@ public:
     void Finish();
 
 private:
-    static void* ThreadSaveLog(void* log);
-    void RunWriter();
+    void ThreadSaveLog();
     std::string FilePath(const std::string& name) const;
 
     std::string m_baseDirectory; // set before the writer starts

@@ -53,6 +53,12 @@ void SetMCastPackageHeader(_vxa_data_packet_t_mcast& packet, char codec, int nod
     packet.length = codec == 2 ? kNominalLengthShort : kNominalLength;
 }
 
+void EncodeFrame(_vxa_data_packet_t_mcast& packet, const short* frame, adpcm_state& state, int variant) {
+    adpcm_coder(frame, reinterpret_cast<char*>(packet.payload), static_cast<int>(kAudioPayloadBytes), &state, variant);
+    packet.state = {state.predictedA, state.predictedB, static_cast<uint8_t>(state.indexA),
+                    static_cast<uint8_t>(state.indexB)};
+}
+
 int DecodeRecivePackage(const unsigned char* datagram, adpcm_state& state, short* out) {
     const auto type = ReadAt<uint16_t>(datagram, offsetof(_vxa_data_packet_t_mcast, type));
     if (type == kTypeEndOfStream) { return kEndOfStreamReceived; }

@@ -43,6 +43,12 @@ static_assert(offsetof(_vxa_data_packet_t_mcast, state) == 1042);
 /// @param codec  1 and 2 mono ADPCM of 1024 and 441 bytes, any other value two-channel ADPCM of 1024 bytes
 void SetMCastPackageHeader(_vxa_data_packet_t_mcast& packet, char codec, int node, int stream);
 
+/// Codes a frame into the packet, together with the state after it.
+/// @param frame    kFrameSamples samples
+/// @param state    of this stream, carried from frame to frame
+/// @param variant  kAdpcmTwoChannel or kAdpcmMono
+void EncodeFrame(_vxa_data_packet_t_mcast& packet, const short* frame, adpcm_state& state, int variant);
+
 /// Decodes one received datagram. Neither magic nor length are looked at.
 ///
 /// @param datagram  as long as its type says, at most kMaxAudioDatagramBytes; give a buffer of that size that is zero

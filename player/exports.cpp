@@ -1,15 +1,14 @@
 // The exported functions of tasks.
 #include "app/exported.h"
 #include "common/format.h"
+#include "common/qbstring.h"
+#include "player/file_task.h"
 
 namespace {
-
 constexpr int kNoTaskChannel = -2;
-
-void LogCall(CK740ControlApp& app, const std::string& line) {
-    app.Log().PushLog("", kLogInfo, line);
-}
-
+constexpr int kNotBroadcasting = -4;
+constexpr int kLastRepeat = 65'535;
+constexpr const char* kFileSeparator = "|";
 } // namespace
 
 extern "C" K740_API int K740_StartAudioStreamTask(int taskID, int volume, int priority, int recovery, const char* zones,
@@ -27,6 +26,30 @@ extern "C" K740_API int K740_StartNetAUXTask(int taskID, int priority, int devic
     return Exported([=](CK740ControlApp& app) {
         return app.Player().AddNetTaskToTaskQueue(taskID, priority, deviceID, Text(multicastIP), auxPort, recovery,
                                                   Text(zones), dryContactOutput);
+    });
+}
+
+extern "C" K740_API int K740_StartAudioFileTask(int taskID, int volume, int priority, int recovery, const char* zones,
+                                                int dryContactOutput, const char* files, int repeat) {
+    return Exported([=](CK740ControlApp& app) {
+        LogCall(app, Format("=====K740_StartAudioFileTask(%d, %d, %d, %d, '%s', %d, '%s', %d)", taskID, volume,
+                            priority, recovery, Text(zones).c_str(), dryContactOutput, Text(files).c_str(), repeat));
+        const auto reject = [&app](const std::string& reason, int result) {
+            app.Log().PushLog("", kLogError, reason);
+            return result;
+        };
+        if (repeat < 0 || repeat > kLastRepeat) { return reject("Repeat is error.", kFail); }
+        std::vector<std::string> paths;
+        qbstring::SplitStringToVector(Text(files), kFileSeparator, paths);
+        if (paths.empty()) { return reject("No audio files.", kFail); }
+
+        const int refused = K740_StartAudioStreamTask(taskID, volume, priority, recovery, zones, dryContactOutput);
+        if (refused != kOk) { return refused; }
+        CFileTask task(app, taskID);
+        if (!task.AwaitBroadcast()) { return reject(Format("Failed to start task %d", taskID), kNotBroadcasting); }
+        task.Play(paths, repeat);
+        K740_StopTask(taskID);
+        return kOk;
     });
 }
 

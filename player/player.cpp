@@ -7,7 +7,7 @@
 #include "player/stream_task.h"
 #include "player/zone_triggers.h"
 
-#include <memory>
+#include <optional>
 
 namespace {
 
@@ -20,12 +20,6 @@ constexpr long kLastZoneControllerPort = 2;
 constexpr uint16_t kLastSequence = 255;
 constexpr unsigned kPredecessorPollMs = 10;
 constexpr unsigned kPredecessorReportMs = 500;
-
-/// What the thread of a task is given; made with new, owned by the thread.
-struct PlayJob {
-    CK740ControlApp& app;
-    tagTASK_QUEUE task;
-};
 
 bool IsPriority(long priority) {
     return priority >= kFirstPriority && priority <= kLastPriority;
@@ -44,14 +38,6 @@ const char* FindAUXError(long deviceID, long auxPort) {
         return auxPort >= 0 && auxPort <= kLastZoneControllerPort ? nullptr : "Q-ZCU2400 AUX Port is error.";
     }
     return "Device ID is error.";
-}
-
-template <typename Task> void* RunPlayJob(void* param, const char* threadName) {
-    if (param == nullptr) { return nullptr; }
-    const std::unique_ptr<PlayJob> job(static_cast<PlayJob*>(param));
-    const CThreadScope scope(threadName);
-    Task(job->app, job->task).Run();
-    return nullptr;
 }
 
 } // namespace
@@ -129,24 +115,20 @@ int CPlayer::Accept(tagTASK_QUEUE& task, std::optional<int> limit, const std::st
 }
 
 void CPlayer::StartNewTask() {
-    std::optional<tagTASK_QUEUE> task = m_queue.TakeOldest();
+    const std::optional<tagTASK_QUEUE> task = m_queue.TakeOldest();
     if (!task) { return; }
-    const bool stream = task->type == kTaskTypeAudioStream;
-    auto job = std::make_unique<PlayJob>(PlayJob{m_app, std::move(*task)});
-    pthread_t thread{};
-    if (createThread(thread, stream ? ThreadPlayAudioStreamTask : ThreadPlayNetAUXTask, job.get(), 1) == 0) {
-        static_cast<void>(job.release()); // the thread owns it now
-    } else {
-        Conclude(job->task, kTaskNoFreeChannel);
-    }
+    const bool started = task->type == kTaskTypeAudioStream
+                             ? StartThread("k740-task", [this, task = *task] { ThreadPlayAudioStreamTask(task); })
+                             : StartThread("k740-auxtask", [this, task = *task] { ThreadPlayNetAUXTask(task); });
+    if (!started) { Conclude(*task, kTaskNoFreeChannel); }
 }
 
-void* CPlayer::ThreadPlayAudioStreamTask(void* job) {
-    return RunPlayJob<CStreamTask>(job, "k740-task");
+void CPlayer::ThreadPlayAudioStreamTask(const tagTASK_QUEUE& task) {
+    CStreamTask(m_app, task).Run();
 }
 
-void* CPlayer::ThreadPlayNetAUXTask(void* job) {
-    return RunPlayJob<CAUXTask>(job, "k740-auxtask");
+void CPlayer::ThreadPlayNetAUXTask(const tagTASK_QUEUE& task) {
+    CAUXTask(m_app, task).Run();
 }
 
 void CPlayer::AwaitPredecessor(const tagTASK_QUEUE& task) {

@@ -58,8 +58,8 @@ public:
     CWakeList& StopWaiters() { return m_stopWaiters; }
 
 private:
-    static void* ThreadPlayAudioStreamTask(void* job);
-    static void* ThreadPlayNetAUXTask(void* job);
+    void ThreadPlayAudioStreamTask(const tagTASK_QUEUE& task);
+    void ThreadPlayNetAUXTask(const tagTASK_QUEUE& task);
     int Reject(const std::string& reason);
     int Accept(tagTASK_QUEUE& task, std::optional<int> limit, const std::string& alreadyRunning);
 

@@ -44,10 +44,7 @@ bool CStreamSender::SendFrame() {
         return false;
     }
     if (m_task.volume != kFullVolume) { ScaleVolume(m_frame.data(), kFrameSamples, m_task.volume); }
-    adpcm_coder(m_frame.data(), reinterpret_cast<char*>(m_packet.payload), static_cast<int>(kAudioPayloadBytes),
-                &m_state, m_variant);
-    m_packet.state = {m_state.predictedA, m_state.predictedB, static_cast<uint8_t>(m_state.indexA),
-                      static_cast<uint8_t>(m_state.indexB)};
+    EncodeFrame(m_packet, m_frame.data(), m_state, m_variant);
     m_udp.send_multicast_data(reinterpret_cast<const char*>(&m_packet), sizeof(m_packet));
     return true;
 }

@@ -46,6 +46,13 @@ template <typename Record> void WritePayload(_vxa_cmd_packet_t& packet, const Re
     std::memcpy(packet.payload, &record, sizeof(record));
 }
 
+/// Builds a packet without a payload.
+inline _vxa_cmd_packet_t MakePacket(uint32_t sourceID, uint32_t destinationID, uint16_t command) {
+    _vxa_cmd_packet_t packet;
+    FillK740PackageHeader(&packet, sourceID, destinationID, command, 0);
+    return packet;
+}
+
 /// Builds a packet whose payload is one record.
 template <typename Record>
 _vxa_cmd_packet_t MakePacket(uint32_t sourceID, uint32_t destinationID, uint16_t command, const Record& record) {

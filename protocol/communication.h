@@ -2,16 +2,15 @@
 #pragma once
 
 #include "common/bounded_table.h"
-#include "common/shared_descriptor.h"
 #include "common/wake_signal.h"
 #include "protocol/cmd_packet.h"
+#include "protocol/port_receiver.h"
 
 #include <atomic>
 #include <cstdint>
 #include <string>
 
 class CK740ControlApp;
-class CQBUDP;
 
 inline constexpr std::size_t kSendBufferBytes = 2048;
 inline constexpr std::size_t kMaxQueuedSends = 5000;
@@ -30,7 +29,7 @@ class CCommunication {
 public:
     enum ReceiverState { kNotStarted = 0, kBound = 1, kBindFailed = 255 };
 
-    explicit CCommunication(CK740ControlApp& app) : m_app(app) {}
+    explicit CCommunication(CK740ControlApp& app);
     virtual ~CCommunication() = default;
 
     /// Starts the two receivers and the sender.
@@ -46,19 +45,13 @@ public:
     /// Makes all three threads notice the exit flag.
     void WakeThreads();
     /// @return whether a receiver holds its port or may still open it
-    bool HoldsPorts() const { return m_socket28001.IsOpen() || m_socket29001.IsOpen(); }
+    bool HoldsPorts() const { return m_receiver28001.HoldsPort() || m_receiver29001.HoldsPort(); }
     int State() const { return m_state; }
 
 private:
-    static void* ThreadReceiver28001(void* hub);
-    static void* ThreadReceiver29001(void* hub);
-    static void* ThreadSender(void* hub);
-
-    void StartReceiver(void* (*receiver)(void*), CSharedDescriptor& shared);
-    void RunReceiver(int port, CSharedDescriptor& shared);
-    void ReceiveOn(int port, CQBUDP& socket, CSharedDescriptor& shared);
-    void ReceivePackets(int descriptor, CSharedDescriptor& shared);
-    void RunSender();
+    PortService MakeService(int port, const char* threadName);
+    bool ReceivePacket(const ReceiveBuffer& buffer, const sockaddr_in& sender);
+    void ThreadSender();
     void SendBatch();
     void Send(const tagSEND_BUFFER& entry);
 
@@ -66,6 +59,6 @@ private:
     CBoundedTable<tagSEND_BUFFER, kMaxQueuedSends, WhenFull::RefuseNew> m_sendQueue;
     CWakeSignal m_sendQueued;
     std::atomic<int> m_state{kNotStarted};
-    CSharedDescriptor m_socket29001;
-    CSharedDescriptor m_socket28001;
+    CPortReceiver m_receiver29001;
+    CPortReceiver m_receiver28001;
 };

@@ -1,4 +1,4 @@
-// Paging stations: status and tasks.
+// Paging stations: status, tasks, zone monitoring and push-to-talk audio.
 #pragma once
 
 #include "common/bounded_table.h"
@@ -39,8 +39,25 @@ public:
     /// @return          0 done; -1 bad argument or no socket; -2 no answer; -3 refused
     int StartStopRPKTask(int id, int taskID, int priority, std::string zones, int start);
 
-    /// Notes that push-to-talk audio of the station is being received; nothing when that is noted already.
-    void NewMonitorPTTFlag(int id);
+    /// Notes the zone that the station monitors, in place of a former one.
+    void NewMonitorZone(int id, int zcuID, int zone);
+    /// @return 0 with a copy; -1, out untouched, when the station has never been told to monitor
+    int GetMonitorZone(int id, tagRPK_MONITOR_ZONE& out) const;
+    /// @return 0; -1 when there was nothing to forget
+    int RemoveMonitorZone(int id);
+    /// Handles the answer to a monitor request.
+    void ReceiveMonitorResponse(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+    /// Tells the station to listen to a zone, or to stop. Blocks until it answers, for up to some 4 s.
+    /// @param zcuID  controller of the zone; a stop takes the zone that was started last, if any, instead of both
+    /// @param zone   1..8
+    /// @param start  1 start, 0 stop
+    /// @return       0 done; -1 bad argument or no socket; -2 no answer; -3 refused
+    int StartStopRPKMonitor(int id, int zcuID, int zone, int start);
+
+    /// Receives the station's push-to-talk audio on a thread of its own until its group is blanked or it is removed.
+    void StartMonitorPTT(int id);
+    /// Notes that push-to-talk audio of the station is being received. @return false when that is noted already
+    bool NewMonitorPTTFlag(int id);
     void RemoveMonitorPTTFlag(int id);
     /// @return 0 when no push-to-talk audio is being received from the station, -1 when it is
     int GetMonitorPTTFlag(int id) const;
@@ -49,10 +66,16 @@ private:
     bool CheckTask(int id, int taskID);
     bool CheckStart(int priority, std::string& zones, std::string& zoneText);
     int AwaitTaskAnswer(int id, const char* action);
+    bool CheckMonitor(int id, int zcuID, int zone, int start);
+    int AwaitMonitorAnswer(int id, const char* action);
     bool Reject(const std::string& reason);
+    void ThreadMonitorPTT(int id);
+    void ReceivePTT(int id);
 
     CK740ControlApp& m_app;
     CStatusTable<tagRPK_QUERYSTATUS, 4096, 1024> m_status;
     CBoundedTable<tagRPK_TASK_RESULT, 2048> m_taskResults;
+    CBoundedTable<tagRPK_MONITOR_ZONE, 2048> m_monitorZones;
+    CBoundedTable<tagMONITOR_RESPONSE, 2048> m_monitorAnswers;
     CBoundedTable<tagRPK_MONITOR_PTT, 2048> m_pttMonitors;
 };

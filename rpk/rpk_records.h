@@ -50,6 +50,13 @@ struct _rpk_task_answer_t {
     uint32_t echo;
     uint16_t result; // 1 success
 };
+
+/// Payload of the monitor request 0x030A.
+struct _rpk_monitor_request_t {
+    uint32_t zcuID;
+    uint16_t zone; // 0..7
+    uint8_t start; // 1 start, 0 stop
+};
 #pragma pack(pop)
 
 /// A received answer to a task request.
@@ -57,6 +64,21 @@ struct tagRPK_TASK_RESULT {
     uint32_t deviceID; // sender
     uint32_t echo;
     uint16_t result;
+    time_t receivedAt;
+};
+
+/// The zone that a station was last told to monitor.
+struct tagRPK_MONITOR_ZONE {
+    uint32_t deviceID; // station
+    uint32_t zcuID;
+    uint32_t zone; // 1..8
+    time_t created;
+};
+
+/// A received answer to a monitor request.
+struct tagMONITOR_RESPONSE {
+    uint32_t deviceID; // sender
+    int16_t result;    // 1 success
     time_t receivedAt;
 };
 
@@ -69,4 +91,4 @@ struct tagRPK_MONITOR_PTT {
 static_assert(sizeof(_rpk_status_payload_t) == 9 && sizeof(tagRPK_QUERYSTATUS) == 21);
 static_assert(offsetof(tagRPK_QUERYSTATUS, lastUpdate) == 13);
 static_assert(sizeof(_rpk_task_request_t) == 514 && offsetof(_rpk_task_request_t, zoneText) == 26);
-static_assert(sizeof(_rpk_task_answer_t) == 6);
+static_assert(sizeof(_rpk_task_answer_t) == 6 && sizeof(_rpk_monitor_request_t) == 7);

@@ -1,7 +1,6 @@
 // Zone controller status, heartbeats and the off-line rule.
 #include "app/application.h"
 #include "common/ip_address.h"
-#include "common/qbstring.h"
 #include "common/stopwatch.h"
 #include "common/worker.h"
 #include "protocol/commands.h"
@@ -9,7 +8,8 @@
 
 namespace {
 
-constexpr unsigned kMergePeriodMs = 50;
+constexpr unsigned kRefreshPauseMs = 10;
+constexpr unsigned kMergePeriodMs = 49; // a merge comes once more than this has passed
 constexpr unsigned kHandshakePauseMs = 20;
 constexpr unsigned kHeartbeatPeriodMs = 10'000;
 constexpr unsigned kOffLinePassPeriodMs = 3'000;
@@ -17,34 +17,29 @@ constexpr unsigned kOffLinePassPeriodMs = 3'000;
 } // namespace
 
 void CZCU::Initialization() {
-    pthread_t thread{};
-    createThread(thread, ThreadRefreshDeviceStatus, this, 1);
-    createThread(thread, ThreadDeviceHandshake, this, 1);
+    StartThread("k740-refresh", [this] { ThreadRefreshDeviceStatus(); });
+    StartThread("k740-handshake", [this] { ThreadDeviceHandshake(); });
+    StartThread("k740-zcuclient", [this] { ThreadSendVirutalZCUStatus(); });
 }
 
-void* CZCU::ThreadRefreshDeviceStatus(void* zcu) {
-    static_cast<CZCU*>(zcu)->RunRefresh();
-    return nullptr;
-}
-
-void CZCU::RunRefresh() {
-    RunWorker(m_app.Lifetime(), "k740-refresh", kMergePeriodMs, [this] {
-        UpdateZCUStatus();
-        m_app.RPK().UpdateRPKStatus();
+void CZCU::ThreadRefreshDeviceStatus() {
+    CQBTime sinceMerge;
+    RunWorker(m_app.Lifetime(), kRefreshPauseMs, [&] {
+        if (sinceMerge.TimeEnd() > kMergePeriodMs) {
+            sinceMerge.TimeStart();
+            UpdateZCUStatus();
+            m_app.RPK().UpdateRPKStatus();
+        }
+        SendDueVolumeRead();
     });
 }
 
-void* CZCU::ThreadDeviceHandshake(void* zcu) {
-    static_cast<CZCU*>(zcu)->RunHandshake();
-    return nullptr;
-}
-
-void CZCU::RunHandshake() {
+void CZCU::ThreadDeviceHandshake() {
     CQBTime sinceHeartbeat;
     CQBTime sinceOffLinePass;
     sinceHeartbeat.TimeStart();
     sinceOffLinePass.TimeStart();
-    RunWorker(m_app.Lifetime(), "k740-handshake", kHandshakePauseMs, [&] {
+    RunWorker(m_app.Lifetime(), kHandshakePauseMs, [&] {
         if (sinceHeartbeat.TimeEnd() >= kHeartbeatPeriodMs) {
             sinceHeartbeat.TimeStart();
             SendHeartBeat(0);
@@ -114,17 +109,4 @@ void CZCU::OffLine_ZCU(int id) {
     record.status.deviceIDEcho = record.deviceID;
     record.lastUpdate = time(nullptr);
     m_status.Report(record);
-}
-
-void CZCU::ReceiveHandshake(const _vxa_cmd_packet_t* packet, const std::string& senderIP) {
-    if (senderIP == "0.0.0.0" || senderIP == "127.0.0.1") { return; }
-    const uint32_t clientID = packet->sourceID;
-    const uint32_t virtualZCUID = packet->destinationID;
-    const _zcu_heartbeat_answer_t answer{1, 0, virtualZCUID};
-    m_app.SendToAddress(senderIP, kReplyPort, MakePacket(virtualZCUID, clientID, kCmdHeartbeatAnswer, answer));
-
-    tagVIRTUAL_ZCU_CLIENT_SOCKET client{virtualZCUID, clientID, time(nullptr), ""};
-    Xstrcpy(client.ip, senderIP, sizeof(client.ip) - 1);
-    m_virtualClients.UpdateOrAppend([&](const auto& known) { return known == client; },
-                                    [&](auto& known) { known.lastHeard = client.lastHeard; }, client);
 }

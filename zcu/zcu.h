@@ -1,10 +1,14 @@
-// Zone controller control: status, heartbeats, task triggering and emergency mode.
+// Zone controller control: status, heartbeats, task triggering, volumes, queries, emergency mode, and the virtual zone
+// controllers that the library plays itself.
 #pragma once
 
 #include "common/bounded_table.h"
 #include "devices/status_table.h"
 #include "protocol/cmd_packet.h"
+#include "zcu/query_records.h"
+#include "zcu/task_zones.h"
 #include "zcu/trigger_records.h"
+#include "zcu/virtual_records.h"
 #include "zcu/volume_records.h"
 #include "zcu/zcu_status.h"
 
@@ -12,8 +16,10 @@
 #include <deque>
 #include <functional>
 #include <string>
+#include <vector>
 
 class CK740ControlApp;
+class CGroupReceiver;
 class CQBUDP;
 
 /// Results of the two steps of a trigger.
@@ -46,7 +52,7 @@ public:
     explicit CZCU(CK740ControlApp& app) : m_app(app) {}
     virtual ~CZCU() = default;
 
-    /// Starts the threads that merge statuses and send heartbeats.
+    /// Starts the threads that merge statuses, send heartbeats and report the status of virtual controllers.
     void Initialization();
 
     // Status and heartbeat.
@@ -70,9 +76,6 @@ public:
     void SetDeviceOffLine();
     /// Queues an off-line status; nothing for an ID that is no zone controller's.
     void OffLine_ZCU(int id);
-    /// Answers a heartbeat that is addressed to a virtual zone controller, and remembers who sent it.
-    void ReceiveHandshake(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
-    std::deque<tagVIRTUAL_ZCU_CLIENT_SOCKET> GetVirtualClients() const { return m_virtualClients.Copy(); }
 
     // Task triggering.
 
@@ -107,16 +110,80 @@ public:
     int ZCU_Request_EnterEmergency(int id, int priority);
     int ZCU_Request_ExitEmergency(int id, int priority);
 
+    // Volumes. Requests return 0 when they were sent, -1 for a bad argument or without the device's socket; what a
+    // controller answers waits for the thread that tells the host.
+
+    int ZCU_Request_AdjustVolume(const tagADJUST_DEVICE_VOLUME_REQ_V2* request);
+    int ZCU_Request_AdjustVolume(const tagADJUST_DEVICE_VOLUME_REQ_V3* request);
+    int ZCU_Request_GetVolume_V2(int id);
+    int ZCU_Request_GetVolume_V3(int id);
+    void ZCU_Response_AdjustVolume_V2(const _vxa_cmd_packet_t* packet);
+    void ZCU_Response_AdjustVolume_V3(const _vxa_cmd_packet_t* packet);
+    void ZCU_Response_GetVolume_V2(const _vxa_cmd_packet_t* packet);
+    void ZCU_Response_GetVolume_V3(const _vxa_cmd_packet_t* packet);
     VolumeAnswersV2& VolumesV2() { return m_volumesV2; }
     VolumeAnswersV3& VolumesV3() { return m_volumesV3; }
+
+    // Queries. They block until the device answers, for up to some 4 s.
+
+    /// Asks a controller for the groups of its zones.
+    /// @param err  0; -3 for null; -9 no answer
+    /// @return     whether out was filled; not without the device's socket either, err is 0 then
+    bool ZCU_Request_GetZoneMCastIP(int id, tagQUERY_ZONE_MCAST_IP_RSP* out, int& err);
+    void ZCU_Response_GetZoneMCastIP(const _vxa_cmd_packet_t* packet);
+    /// Asks any device for its version. @return 0; -2 no answer; -3 without the device's socket
+    int GetDeviceVersion(int id, tagQUERY_DEVICE_VERSION_RSP* out);
+    void DEV_Response_GetVersion(const _vxa_cmd_packet_t* packet);
+
+    // Virtual zone controllers. The handlers ignore what is addressed to anything else, unless stated.
+
+    /// Answers a heartbeat and remembers who sent it, whatever it is addressed to.
+    void ReceiveHandshake(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+    /// Accepts a play request on a thread of its own.
+    void ReceivePlayTaskResponse(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+    void ReceiveCloseAudioResponse(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+    void ReceiveCloseZoneResponse(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+    void ReceiveGetVersion(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+    void ReceiveGetMulticastIP(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+    /// Note and forget zones that join a task later, whatever they are addressed to.
+    void ReceiveAddTaskExtend(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+    void ReceiveDelTaskExtend(const _vxa_cmd_packet_t* packet, const std::string& senderIP);
+    std::deque<tagPLAY_TASK_EXTEND> GetTaskExtensions() const { return m_taskExtensions.Copy(); }
+
+    PlayInstance NewTaskZones(int source, int virtualZCU, const _vxa_play_task_req_t_V2& request);
+    /// @return 1 when something was removed, else 0
+    int RemoveTaskZones(int source, int task, int virtualZCU, RemoveZones mode);
+    /// @return the virtual controllers that hold the task
+    std::vector<int> GetTaskZCU(int source, int task) const;
+    /// Reads what a virtual controller plays. @return 0; -1, with nothing written, when it plays nothing
+    int GetZoneTask(int virtualZCU, uint16_t& source, uint16_t& task, uint32_t& group, uint32_t& port) const;
+    /// Puts in the status that make returns.
+    /// @param make  given the task word, source << 16 | task, or 0; called with a lock held, so that the word stays
+    /// true
+    void PublishVirtualStatus(int virtualZCU, const std::function<tagZCU_QUERYSTATUS2(uint32_t taskWord)>& make);
+
+    /// Sends the status of virtual controllers to all that have sent them heartbeats.
+    void SendVirtualZCUStatus();
+    /// Forgets those that have not been heard for 60 s.
+    void RemoveInvalidVirtualZCUClients(time_t now);
+    std::deque<tagVIRTUAL_ZCU_CLIENT_SOCKET> GetVirtualClients() const { return m_virtualClients.Copy(); }
 
 private:
     struct TriggerVariant;
 
-    static void* ThreadRefreshDeviceStatus(void* zcu);
-    static void* ThreadDeviceHandshake(void* zcu);
-    void RunRefresh();
-    void RunHandshake();
+    /// A play request that has been accepted.
+    struct VirtualPlay {
+        int source;
+        int virtualZCU;
+        int task;
+        PlayInstance instance;
+        uint32_t multicastIP;
+        uint32_t multicastPort;
+    };
+
+    void ThreadRefreshDeviceStatus();
+    void ThreadDeviceHandshake();
+    void ThreadSendVirutalZCUStatus();
     int RequestTask(const tagZCU_PARAM& param, const TriggerVariant& variant, TriggerOutcome& outcome);
     bool AwaitAcceptance(const tagZCU_PARAM& param, const TriggerVariant& variant, TriggerOutcome& outcome);
     bool AwaitJoin(const tagZCU_PARAM& param, const TriggerVariant& variant, TriggerOutcome& outcome);
@@ -125,11 +192,41 @@ private:
     int RequestEmergency(int id, int priority, uint16_t command);
     int SendExitMulticast(CQBUDP* udp, int zcuID, uint16_t lengthField, std::size_t datagramBytes);
 
+    template <typename Record> int SendVolumeRequest(uint32_t id, uint16_t command, const Record& record);
+    int SendVolumeRead(int id, uint16_t command);
+    void QueueVolumeRead(uint32_t id, VolumeGeneration generation);
+    void SendDueVolumeRead();
+
+    bool IsVirtual(uint32_t id) const;
+    /// Answers the sender of a request in the name of the virtual controller that it was addressed to.
+    template <typename Record>
+    void AnswerAsVirtual(const _vxa_cmd_packet_t& request, const std::string& senderIP, uint16_t command,
+                         const Record& record) {
+        SendAnswer(senderIP, MakePacket(request.destinationID, request.sourceID, command, record));
+    }
+    void SendAnswer(const std::string& ip, const _vxa_cmd_packet_t& packet);
+    void ThreadResponsePlayTask(const _vxa_cmd_packet_t& packet, const std::string& senderIP);
+    void ThreadRecvMulticastAudio(const VirtualPlay& play);
+    void ReceiveUntilOver(const VirtualPlay& play, CGroupReceiver& receiver);
+    /// The controller leaves what it plays for the requested task, as one step, and its clients are told.
+    PlayInstance StartPlaying(int source, int virtualZCU, const _vxa_play_task_req_t_V2& request);
+    /// The controller is idle if remove says so, as one step, and its clients are told.
+    void StopPlaying(int virtualZCU, const std::function<bool()>& remove);
+    /// Notes in the controller's status what it plays; 0, 0 for nothing.
+    void SetTaskAudioID(int virtualZCU, int source, int task) K740_REQUIRES(m_virtualState);
+
     CK740ControlApp& m_app;
     CStatusTable<tagZCU_QUERYSTATUS2, 65'536, 500> m_status;
-    CBoundedTable<tagVIRTUAL_ZCU_CLIENT_SOCKET, 1024> m_virtualClients;
     CBoundedTable<tagZCU_TRIGGERTASK, 2048> m_triggerAnswers;
     CBoundedTable<tagZCU_JOINMCAST, 2048> m_joinReports;
     VolumeAnswersV2 m_volumesV2;
     VolumeAnswersV3 m_volumesV3;
+    CBoundedTable<tagGETVOLUME_PARAM, 4096> m_volumeReads;
+    CBoundedTable<tagQUERY_ZONE_MCAST_IP_RSP, 2048> m_zoneGroups;
+    CBoundedTable<tagQUERY_DEVICE_VERSION_RSP, 2048> m_versions;
+
+    CQBSem m_virtualState; // what a virtual controller plays and what its status says change together
+    CTaskZones m_taskZones;
+    CBoundedTable<tagVIRTUAL_ZCU_CLIENT_SOCKET, 1024> m_virtualClients;
+    CBoundedTable<tagPLAY_TASK_EXTEND, 50'000> m_taskExtensions;
 };

@@ -35,6 +35,17 @@ inline std::vector<ExportedCall> ExportedCalls() {
         {"RemoveDevice", [] { return K740_RemoveDevice(1); }},
         {"GetDeviceList", [] { return K740_GetDeviceList(nullptr, 0); }},
         {"SetRPKPTTMulticastIP", [] { return K740_SetRPKPTTMulticastIP(5000, nullptr); }},
+        {"SetVolume", [] { return K740_SetVolume(1, nullptr); }},
+        {"GetVolume", [] { return K740_GetVolume(1); }},
+        {"CloseZones", [] { return K740_CloseZones(nullptr); }},
+        {"GetDeviceVersion", [] { return K740_GetDeviceVersion(1, nullptr, 0); }},
+        {"MonitorZone", [] { return K740_MonitorZone(1, 1, 1); }},
+        {"Invite", [] { return K740_Invite(0, 0); }},
+        {"Accept", [] { return K740_Accept(0, 0); }},
+        {"HangUp", [] { return K740_HangUp(0); }},
+        {"GetIntercomStatus", [] { return K740_GetIntercomStatus(0, nullptr, nullptr); }},
+        {"SendIntercomAudio", [] { return K740_SendIntercomAudio(0, nullptr, 0); }},
+        {"StartAudioFileTask", [] { return K740_StartAudioFileTask(0, 0, 0, 0, nullptr, 0, nullptr, 1); }},
         {"StartAudioStreamTask", [] { return K740_StartAudioStreamTask(0, 0, 0, 0, nullptr, 0); }},
         {"StartNetAUXTask", [] { return K740_StartNetAUXTask(0, 0, 0, nullptr, 0, 0, nullptr, 0); }},
         {"StopTask", [] { return K740_StopTask(0); }},
@@ -44,6 +55,8 @@ inline std::vector<ExportedCall> ExportedCalls() {
         {"SendAudioStreamProc", [] { return K740_SendAudioStreamProc(0, nullptr, 0); }},
         {"StartRPKTask", [] { return K740_StartRPKTask(0, 0, 0, nullptr); }},
         {"StopRPKTask", [] { return K740_StopRPKTask(0, 0); }},
+        {"StartRPKMonitor", [] { return K740_StartRPKMonitor(0, 0, 0); }},
+        {"StopRPKMonitor", [] { return K740_StopRPKMonitor(0); }},
     };
 }
 

@@ -77,6 +77,36 @@ static void UseDevices(void) {
     Expect(0, K740_ExitVAMode(1, 255));
     Expect(-1, K740_StartRPKTask(5001, 3, 100, "0001FF"));
     Expect(-1, K740_StopRPKTask(5001, 3));
+    Expect(-1, K740_StartRPKMonitor(5001, 1, 1));
+    Expect(-1, K740_StopRPKMonitor(5001));
+}
+
+static void UseZoneControllers(void) {
+    int levels[8] = {0, 19, -1, -1, -1, -1, -1, -1};
+    char version[32];
+    Expect(0, K740_SetVolume(1, levels));
+    Expect(0, K740_GetVolume(1));
+    Expect(0, K740_CloseZones("000101"));
+    Expect(0, K740_MonitorZone(1, 1, 1));
+    Expect(1, K740_MonitorZone(1, 1, 1));
+    Expect(0, K740_MonitorZone(1, 1, 0));
+    Expect(0, K740_AddDevice(900, 9, ""));
+    Expect(0, K740_SetTrainStatus(900, 1));
+    Expect(9, K740_GetDeviceVersion(900, version, (int)sizeof(version))); /* APP:1.0.4 */
+}
+
+static void UseIntercom(void) {
+    unsigned char audio[4] = {0, 0, 0, 0};
+    int status = 0;
+    int station = -1;
+    Expect(0, K740_AddDevice(5500, 10, ""));
+    Expect(0, K740_GetIntercomStatus(5500, &status, &station));
+    Expect(3, status);
+    Expect(0, station);
+    Expect(0, K740_Invite(5500, 5000));
+    Expect(0, K740_Accept(5500, 5000));
+    Expect(0, K740_SendIntercomAudio(5500, audio, (int)sizeof(audio)));
+    Expect(0, K740_HangUp(5500));
 }
 
 static void UseTasks(void) {
@@ -88,6 +118,7 @@ static void UseTasks(void) {
     Expect(-1, K740_SendAudioStreamProc(1, audio, 0));
     Expect(-1, K740_AddZones(1, "0001"));
     Expect(0, K740_StopTask(1));
+    Expect(-1, K740_StartAudioFileTask(1, 100, 100, 1, "0001FF", 0, "", 1));
     Expect(-1, K740_StartNetAUXTask(0, 100, 7000, "225.0.2.1", 0, 1, "0001FF", 0));
 }
 
@@ -100,6 +131,8 @@ static void Pace(void) {
 int main(void) {
     Configure();
     UseDevices();
+    UseZoneControllers();
+    UseIntercom();
     UseTasks();
     Pace();
     Expect(0, K740_RemoveDevice(1));

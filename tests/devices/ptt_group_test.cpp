@@ -47,7 +47,7 @@ TEST_F(PTTGroupTest, AnEmptyAddressSwitchesOff) {
 }
 
 TEST_F(PTTGroupTest, IsClearedWhenTheFormerOneIsNotLeftWithinThreeSeconds) {
-    m_devices.SetRPKPTTMulticastIP(kStation, "225.1.1.1");
+    m_devices.UpdateRPKMulticastIP(kStation, "225.1.1.1");
     m_app->RPK().NewMonitorPTTFlag(kStation);
     CQBTime watch;
     watch.TimeStart();
@@ -58,7 +58,7 @@ TEST_F(PTTGroupTest, IsClearedWhenTheFormerOneIsNotLeftWithinThreeSeconds) {
 }
 
 TEST_F(PTTGroupTest, IsSetAsSoonAsTheFormerOneIsLeft) {
-    m_devices.SetRPKPTTMulticastIP(kStation, "225.1.1.1");
+    m_devices.UpdateRPKMulticastIP(kStation, "225.1.1.1");
     m_app->RPK().NewMonitorPTTFlag(kStation);
     std::thread monitor([this] { // leaves its group when the address is cleared
         EXPECT_TRUE(WaitUntil([this] { return m_devices.GetRPKPTTMulticastIP(kStation).empty(); }));

@@ -1,0 +1,113 @@
+// A virtual zone controller plays a task: accepts it, receives its audio and hands it to the host.
+#include "app/application.h"
+#include "common/format.h"
+#include "common/ip_address.h"
+#include "common/stopwatch.h"
+#include "common/worker.h"
+#include "player/group_receiver.h"
+#include "protocol/commands.h"
+#include "zcu/zcu.h"
+
+namespace {
+
+constexpr uint16_t kAccepted = 1;
+constexpr uint16_t kJoined = 1;
+constexpr unsigned kJoinReportPauseMs = 2;
+constexpr unsigned kReceiverPauseMs = 80;
+constexpr int kPlayBegins = 1; // messages to the host
+constexpr int kPlayEnds = 2;
+constexpr unsigned kPassPauseMs = 2;
+constexpr unsigned kStillWantedMs = 29; // looked at once more than this has passed
+constexpr unsigned kSilenceMs = 4999;   // the receiver gives up once more than this has passed without a datagram
+
+_vxa_play_task_rsp_t MakeAcceptance(uint32_t source, const _vxa_play_task_req_t_V2& request) {
+    _vxa_play_task_rsp_t answer{};
+    answer.joinFollows = 1;
+    answer.result = kAccepted;
+    answer.sequence = request.sequence;
+    answer.tokenA = source;
+    answer.tokenB = request.taskID;
+    std::memcpy(answer.uninterpreted, &request.reserved9, sizeof(request.reserved9));
+    std::memcpy(answer.uninterpreted + sizeof(request.reserved9), &request.source, sizeof(request.source));
+    answer.taskID = request.taskID;
+    answer.trailing = request.kind;
+    return answer;
+}
+
+_vxa_join_mcast_rsp_t MakeJoinReport(uint32_t source, const _vxa_play_task_req_t_V2& request) {
+    _vxa_join_mcast_rsp_t report{};
+    report.status = kJoined;
+    report.tokenA = source;
+    report.tokenB = request.taskID;
+    std::memcpy(report.uninterpreted10, &request.reserved9, sizeof(request.reserved9));
+    std::memcpy(report.uninterpreted10 + sizeof(request.reserved9), &request.source, sizeof(request.source));
+    report.uninterpreted18 = request.taskID;
+    report.uninterpreted22 = request.kind;
+    return report;
+}
+
+} // namespace
+
+void CZCU::ThreadResponsePlayTask(const _vxa_cmd_packet_t& packet, const std::string& senderIP) {
+    const auto request = ReadPayload<_vxa_play_task_req_t_V2>(packet);
+    VirtualPlay play{static_cast<int>(packet.sourceID),
+                     static_cast<int>(packet.destinationID),
+                     static_cast<int>(request.taskID),
+                     0,
+                     request.multicastIP,
+                     request.multicastPort};
+    m_app.Log().PushLog("", kLogInfo,
+                        Format("=====Virutla ZCU receive a play request, ZCU %d, source device %d, task %d, %s",
+                               play.virtualZCU, play.source, play.task, senderIP.c_str()));
+    AnswerAsVirtual(packet, senderIP, kCmdTriggerTaskAnswer, MakeAcceptance(packet.sourceID, request));
+    m_app.Lifetime().Pause(kJoinReportPauseMs);
+    AnswerAsVirtual(packet, senderIP, kCmdJoinMulticastReport, MakeJoinReport(packet.sourceID, request));
+    play.instance = StartPlaying(play.source, play.virtualZCU, request);
+    m_app.Lifetime().Pause(kReceiverPauseMs);
+    if (!StartThread("k740-vzcu-audio", [this, play] { ThreadRecvMulticastAudio(play); })) {
+        m_app.Log().PushLog("", kLogError, Format("No thread for the audio, virtual ZCU %d", play.virtualZCU));
+    }
+    m_app.Callbacks().TrainMessage(play.source, play.virtualZCU, kPlayBegins);
+}
+
+void CZCU::ThreadRecvMulticastAudio(const VirtualPlay& play) {
+    CGroupReceiver receiver(m_app);
+    receiver.Join(ConvertIPToString(play.multicastIP), static_cast<int>(play.multicastPort));
+    ContainExceptions([&] { ReceiveUntilOver(play, receiver); });
+    m_app.Callbacks().TrainMessage(play.source, play.virtualZCU, kPlayEnds);
+}
+
+void CZCU::ReceiveUntilOver(const VirtualPlay& play, CGroupReceiver& receiver) {
+    const auto leave = [&](const char* reason) {
+        m_app.Log().PushLog("", kLogInfo, Format("%s, virtual ZCU %d", reason, play.virtualZCU));
+    };
+    const auto stop = [&] {
+        StopPlaying(play.virtualZCU, [&] {
+            return m_taskZones.RemoveInstance(play.source, play.task, play.virtualZCU, play.instance) == 1;
+        });
+    };
+    CQBTime sinceLook;
+    CQBTime sinceDatagram;
+    sinceLook.TimeStart();
+    sinceDatagram.TimeStart();
+    for (; !m_app.Lifetime().IsExiting(); m_app.Lifetime().Pause(kPassPauseMs)) {
+        if (sinceLook.TimeEnd() > kStillWantedMs) {
+            sinceLook.TimeStart();
+            if (!m_taskZones.IsCurrent(play.source, play.task, play.virtualZCU, play.instance)) {
+                return leave("Exit player for ZCU has none task");
+            }
+        }
+        if (sinceDatagram.TimeEnd() > kSilenceMs) {
+            stop();
+            return leave("Exit player for receive multicast audio timeout over 5s");
+        }
+        const int length = receiver.Receive();
+        if (length == kNothingReceived) { continue; }
+        sinceDatagram.TimeStart();
+        if (length == kEndOfStreamReceived) {
+            stop();
+            return leave("Exit player for receive multicast exit");
+        }
+        if (length > 0) { m_app.Callbacks().TrainAudio(play.source, play.task, {receiver.Audio(), length}); }
+    }
+}
