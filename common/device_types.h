@@ -16,6 +16,12 @@ inline constexpr int kLastPagingStationID = 5999;
 inline constexpr int kFirstAuxInterfaceID = 7000;
 inline constexpr int kLastAuxInterfaceID = 7999;
 
+inline constexpr int kZonesOfController = 8; // numbered from 1
+
+constexpr bool IsZone(int zone) {
+    return zone >= 1 && zone <= kZonesOfController;
+}
+
 constexpr bool IsZoneControllerID(long id) {
     return id >= kFirstZoneControllerID && id <= kLastZoneControllerID;
 }

@@ -1,6 +1,7 @@
 // Feeds sequences of datagrams to the dispatcher of an application whose registry is populated. What the handlers send
 // stays in a network namespace without any interface.
 #include "app/application.h"
+#include "common/thread.h"
 
 #include <sched.h>
 #include <unistd.h>
@@ -16,6 +17,8 @@
 namespace {
 
 constexpr std::size_t kBufferBytes = 5120;
+constexpr int kMostThreads = 64; // of accepted play requests
+constexpr useconds_t kPollUs = 1000;
 constexpr std::size_t kPrefixBytes = 3; // sender and options, then the datagram's length
 constexpr std::array kSenders{"192.168.1.33", "192.168.8.99", "10.0.0.1", "127.0.0.1"};
 
@@ -30,8 +33,14 @@ void LeaveNetwork() {
     std::abort();
 }
 
-std::unique_ptr<CK740ControlApp> MakeInstallation() {
-    auto app = std::make_unique<CK740ControlApp>();
+int IgnoreMessage(int /*stationID*/, int /*intercomID*/, int /*message*/) {
+    return 0;
+}
+
+/// @return an application that is never destroyed, since the threads of play requests outlive the last input
+CK740ControlApp* MakeInstallation() {
+    auto* app = new CK740ControlApp;
+    app->Callbacks().intercomMessage.Set(IgnoreMessage);
     app->Configuration().SetDefaults();
     app->Lifetime().Begin();
     app->Devices().AddDevice(1, 0, "192.168.1.1");
@@ -59,7 +68,8 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-    static const std::unique_ptr<CK740ControlApp> app = MakeInstallation();
+    static CK740ControlApp* const app = MakeInstallation();
+    while (RunningThreads() > kMostThreads) { usleep(kPollUs); }
     while (size > kPrefixBytes) {
         uint16_t wanted = 0;
         std::memcpy(&wanted, data + 1, sizeof(wanted));
@@ -70,6 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     }
     app->ZCU().UpdateZCUStatus();
     app->RPK().UpdateRPKStatus();
+    app->PostVolumes();
     for (const auto& record : app->ZCU().GetAllZCUStatus()) { app->PostZCUDeviceStatus(record); }
     for (const auto& record : app->RPK().GetAllRPKStatus()) { app->PostRPKDeviceStatus(record); }
     return 0;

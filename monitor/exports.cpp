@@ -4,9 +4,6 @@
 
 namespace {
 
-constexpr int kFirstZone = 1;
-constexpr int kLastZone = 8;
-
 int SwitchMonitor(CK740ControlApp& app, int deviceID, int zone, int start) {
     const auto zcuID = static_cast<uint32_t>(deviceID);
     const auto number = static_cast<uint32_t>(zone);
@@ -28,7 +25,7 @@ extern "C" K740_API int K740_MonitorZone(int deviceID, int zone, int start) {
         if (!IsZoneControllerType(app.Devices().GetDeviceType(deviceID))) {
             return logError(call + ", device id is error.");
         }
-        if (zone < kFirstZone || zone > kLastZone) { return logError(call + ", zone id is error."); }
+        if (!IsZone(zone)) { return logError(call + ", zone id is error."); }
         const int result = SwitchMonitor(app, deviceID, zone, start);
         if (result < 0) { logError(Format("Failed to %s, return %d.", call.c_str(), result)); }
         return result;

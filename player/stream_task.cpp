@@ -2,24 +2,15 @@
 
 #include "app/application.h"
 #include "common/format.h"
+#include "common/worker.h"
 #include "player/stream_sender.h"
 
 namespace {
-constexpr const char* kModule = "Player";
 constexpr int kEndOfStreamRounds = 2;
 constexpr unsigned kAfterEndOfStreamMs = 20;
 } // namespace
 
-void CStreamTask::Run() {
-    short status = kTaskNoFreeChannel;
-    ContainExceptions([&] {
-        m_app.Player().AwaitPredecessor(m_task);
-        status = IsSuperseded() ? LeaveStopped() : TakeChannelAndPlay();
-    });
-    ContainExceptions([&] { m_app.Player().Conclude(m_task, status); });
-}
-
-short CStreamTask::TakeChannelAndPlay() {
+short CStreamTask::Play() {
     m_channelID = m_app.Player().NewChannel(m_task.taskID, m_multicastIP);
     if (m_channelID == kNoChannel) { return Fail(kTaskNoFreeChannel, "Failed to allocate a channel, task ID "); }
     short status = kTaskNone;
@@ -34,8 +25,7 @@ short CStreamTask::JoinGroupAndPlay() {
     if (m_udp.join_multicast_send(m_multicastIP.c_str(), m_app.Configuration().MulticastPort(), nic) != 0) {
         return Fail(kTaskGroupNotJoined, "Failed to join into multi-cast group, task ID ");
     }
-    m_app.Log().PushLog(
-        kModule, kLogInfo,
+    Log(kLogInfo,
         Format("Allocated muliticast %s for task %d NIC:%s", m_multicastIP.c_str(), m_task.taskID, nic.c_str()));
     return TriggerAndPlay();
 }
@@ -55,27 +45,20 @@ short CStreamTask::TriggerAndPlay() {
 short CStreamTask::Broadcast(CZoneTriggers& triggers) {
     CTaskStatusTable& table = m_app.Player().Status();
     if (table.IsStopped(m_task.taskID, m_task.instance)) { return LeaveStopped(); }
-    Log(kLogInfo, "Start to send audio stream to ZCU, task ID ");
+    LogTask(kLogInfo, "Start to send audio stream to ZCU, task ID ");
     if (!table.BeginBroadcast(m_task.instance, MakeRecord())) { return LeaveStopped(); }
     m_app.Callbacks().TaskStatus(m_task.taskID, kTaskBroadcasting);
     CStreamSender(m_app, m_udp, m_task, m_channelID).Run();
     if (m_task.recovery == 0) { SendEndOfStream(triggers); }
     triggers.CloseAudio();
-    Log(kLogInfo, "Task stoped, task ID ");
+    LogTask(kLogInfo, "Task stoped, task ID ");
     return kTaskNone;
 }
 
 tagTASK_STATUS CStreamTask::MakeRecord() const {
-    tagTASK_STATUS record;
-    record.taskID = m_task.taskID;
-    record.status = kTaskBroadcasting;
+    tagTASK_STATUS record = MakeBroadcastRecord(kAudioSourceStream);
     record.channelID = static_cast<short>(m_channelID);
     record.multicastIP = m_multicastIP;
-    record.priority = m_task.priority;
-    record.dryContactOutput = m_task.dryContactOutput;
-    record.sequence = m_task.sequence;
-    record.recovery = m_task.recovery;
-    record.audioSource = kAudioSourceStream;
     return record;
 }
 
@@ -102,20 +85,7 @@ void CStreamTask::SendEndOfStream(const CZoneTriggers& triggers) {
     }
 }
 
-bool CStreamTask::IsSuperseded() const {
-    return m_app.Player().Status().IsSuperseded(m_task.taskID, m_task.instance);
-}
-
 short CStreamTask::LeaveStopped() {
-    Log(kLogInfo, "Prepare to play task, but task was stoped, task ID ");
+    LogTask(kLogInfo, "Prepare to play task, but task was stoped, task ID ");
     return kTaskNone;
-}
-
-void CStreamTask::Log(uint8_t level, const char* text) {
-    m_app.Log().PushLog(kModule, level, Format("%s%d", text, m_task.taskID));
-}
-
-short CStreamTask::Fail(short status, const char* text) {
-    Log(kLogError, text);
-    return status;
 }

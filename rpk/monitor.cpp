@@ -9,11 +9,6 @@
 namespace {
 
 constexpr AnswerTiming kMonitorTiming{20, 3999};
-constexpr int kFirstZone = 1;
-constexpr int kLastZone = 8;
-constexpr int16_t kSuccess = 1;
-constexpr int kNoAnswer = -2;
-constexpr int kRefused = -3;
 
 auto IsOf(int id) {
     return [id](const tagRPK_MONITOR_ZONE& monitored) { return monitored.deviceID == static_cast<uint32_t>(id); };
@@ -65,7 +60,7 @@ int CRPK::StartStopRPKMonitor(int id, int zcuID, int zone, int start) {
 bool CRPK::CheckMonitor(int id, int zcuID, int zone, int start) {
     if (start == 1) {
         if (!IsZoneControllerType(m_app.Devices().GetDeviceType(zcuID))) { return Reject("zcu device type is error."); }
-        if (zone < kFirstZone || zone > kLastZone) { return Reject("zone id is error."); }
+        if (!IsZone(zone)) { return Reject("zone id is error."); }
     }
     if (m_app.Devices().GetDeviceType(id) != kDevicePagingStation) { return Reject("rpk device type is error."); }
     return true;
@@ -79,9 +74,9 @@ int CRPK::AwaitMonitorAnswer(int id, const char* action) {
         });
     if (!answer) {
         m_app.Log().PushLog("", kLogError, Format("receive rpk %s monitor response timeout.", action));
-        return kNoAnswer;
+        return kStationSilent;
     }
-    const int result = answer->result == kSuccess ? 0 : kRefused;
+    const int result = answer->result == kStationSuccess ? 0 : kStationRefused;
     m_app.Log().PushLog("", kLogInfo, Format("receive rpk %s monitor response, %d", action, result));
     return result;
 }

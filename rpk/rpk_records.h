@@ -6,6 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 
+inline constexpr int kStationSuccess = 1; // result in a station's answer
+inline constexpr int kStationSilent = -2; // results of requests
+inline constexpr int kStationRefused = -3;
 inline constexpr std::size_t kMaxRPKZoneText = 488; // what is left of a packet behind the request's fields
 
 #pragma pack(push, 1)

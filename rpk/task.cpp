@@ -13,9 +13,6 @@ constexpr AnswerTiming kTaskTiming{20, 3999};
 constexpr int kFirstPriority = 56;
 constexpr int kLastPriority = 255;
 constexpr int kStopPriority = 100;
-constexpr uint16_t kSuccess = 1;
-constexpr int kNoAnswer = -2;
-constexpr int kRefused = -3;
 
 bool IsStationTask(int taskID) {
     return taskID == 3 || taskID == 7;
@@ -85,7 +82,7 @@ int CRPK::AwaitTaskAnswer(int id, const char* action) {
         WaitForAnswer(m_app.Lifetime(), m_taskResults, kTaskTiming, [id](const tagRPK_TASK_RESULT& candidate) {
             return candidate.deviceID == static_cast<uint32_t>(id);
         });
-    const int result = !answer ? kNoAnswer : answer->result == kSuccess ? 0 : kRefused;
+    const int result = !answer ? kStationSilent : answer->result == kStationSuccess ? 0 : kStationRefused;
     m_app.Log().PushLog("", answer ? kLogInfo : kLogError,
                         Format(answer ? "receive rpk %s task response, %d" : "receive rpk %s task response timeout, %d",
                                action, result));

@@ -4,8 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 
-inline constexpr int kZonesOfController = 8;
-
 #pragma pack(push, 1)
 /// The group on which the audio of a zone circulates.
 struct _zone_mcast_t {

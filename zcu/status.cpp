@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr unsigned kRefreshPauseMs = 10;
-constexpr unsigned kMergePeriodMs = 49; // a merge comes once more than this has passed
+constexpr unsigned kMergePeriodMs = 50;
+constexpr unsigned kVolumeReadPeriodMs = 20;
 constexpr unsigned kHandshakePauseMs = 20;
 constexpr unsigned kHeartbeatPeriodMs = 10'000;
 constexpr unsigned kOffLinePassPeriodMs = 3'000;
@@ -23,15 +23,18 @@ void CZCU::Initialization() {
 }
 
 void CZCU::ThreadRefreshDeviceStatus() {
-    CQBTime sinceMerge;
-    RunWorker(m_app.Lifetime(), kRefreshPauseMs, [&] {
-        if (sinceMerge.TimeEnd() > kMergePeriodMs) {
-            sinceMerge.TimeStart();
-            UpdateZCUStatus();
-            m_app.RPK().UpdateRPKStatus();
-        }
-        SendDueVolumeRead();
-    });
+    CQBTime sinceMerge; // not started: the first merge comes at once
+    while (!m_app.Lifetime().IsExiting()) {
+        ContainExceptions([&] {
+            if (sinceMerge.TimeEnd() >= kMergePeriodMs) {
+                sinceMerge.TimeStart();
+                UpdateZCUStatus();
+                m_app.RPK().UpdateRPKStatus();
+            }
+            SendDueVolumeRead();
+        });
+        m_app.Lifetime().Pause(m_volumeReads.Size() > 0 ? kVolumeReadPeriodMs : kMergePeriodMs);
+    }
 }
 
 void CZCU::ThreadDeviceHandshake() {

@@ -20,6 +20,12 @@ constexpr unsigned kPassPauseMs = 2;
 constexpr unsigned kStillWantedMs = 29; // looked at once more than this has passed
 constexpr unsigned kSilenceMs = 4999;   // the receiver gives up once more than this has passed without a datagram
 
+/// Fills what both answers repeat of a request.
+void Repeat(uint8_t (&echo)[8], const _vxa_play_task_req_t_V2& request) {
+    std::memcpy(echo, &request.reserved9, sizeof(request.reserved9));
+    std::memcpy(echo + sizeof(request.reserved9), &request.source, sizeof(request.source));
+}
+
 _vxa_play_task_rsp_t MakeAcceptance(uint32_t source, const _vxa_play_task_req_t_V2& request) {
     _vxa_play_task_rsp_t answer{};
     answer.joinFollows = 1;
@@ -27,8 +33,7 @@ _vxa_play_task_rsp_t MakeAcceptance(uint32_t source, const _vxa_play_task_req_t_
     answer.sequence = request.sequence;
     answer.tokenA = source;
     answer.tokenB = request.taskID;
-    std::memcpy(answer.uninterpreted, &request.reserved9, sizeof(request.reserved9));
-    std::memcpy(answer.uninterpreted + sizeof(request.reserved9), &request.source, sizeof(request.source));
+    Repeat(answer.uninterpreted, request);
     answer.taskID = request.taskID;
     answer.trailing = request.kind;
     return answer;
@@ -39,8 +44,7 @@ _vxa_join_mcast_rsp_t MakeJoinReport(uint32_t source, const _vxa_play_task_req_t
     report.status = kJoined;
     report.tokenA = source;
     report.tokenB = request.taskID;
-    std::memcpy(report.uninterpreted10, &request.reserved9, sizeof(request.reserved9));
-    std::memcpy(report.uninterpreted10 + sizeof(request.reserved9), &request.source, sizeof(request.source));
+    Repeat(report.uninterpreted10, request);
     report.uninterpreted18 = request.taskID;
     report.uninterpreted22 = request.kind;
     return report;
