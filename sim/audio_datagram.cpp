@@ -10,26 +10,33 @@ namespace {
 
 constexpr std::size_t kHeaderSize = 18;  // bytes
 constexpr std::size_t kTrailerSize = 10; // bytes: state block and reserved
-constexpr std::array<std::size_t, 2> kEndOfStreamSizes{1052, 540};
 
 struct Kind {
     std::uint16_t type;
-    Coding coding;
-    std::size_t payloadSize; // bytes
+    AudioFormat format;
 };
-constexpr std::array<Kind, 13> kKinds{{{341, Coding::TwoChannel, 1024},
-                                       {342, Coding::TwoChannel, 1024},
-                                       {343, Coding::Mono, 1024},
-                                       {344, Coding::Mono, 1024},
-                                       {345, Coding::Mono, 441},
-                                       {352, Coding::Mono, 441},
-                                       {353, Coding::Pcm, 3528},
-                                       {354, Coding::Pcm, 4096},
-                                       {356, Coding::Pcm, 4096},
-                                       {355, Coding::Pcm, 1764},
-                                       {357, Coding::Pcm, 1764},
-                                       {359, Coding::Mono, 882},
-                                       {360, Coding::Mono, 882}}};
+constexpr AudioFormat kTwoChannel{Coding::TwoChannel, 1024, 2048, 1032};
+constexpr AudioFormat kMono{Coding::Mono, 1024, 2048, 1032};
+constexpr AudioFormat kShortMono{Coding::Mono, 441, 882, 520};
+constexpr AudioFormat kDoubleMono{Coding::Mono, 882, 1764, 890};
+constexpr AudioFormat kPcm{Coding::Pcm, 4096, 2048, 4104};
+constexpr AudioFormat kShortPcm{Coding::Pcm, 1764, 882, 1772};
+constexpr AudioFormat kDoublePcm{Coding::Pcm, 3528, 1764, 3536};
+constexpr std::array<Kind, 13> kKinds{{{341, kTwoChannel},
+                                       {342, kTwoChannel},
+                                       {343, kMono},
+                                       {344, kMono},
+                                       {345, kShortMono},
+                                       {352, kShortMono},
+                                       {353, kDoublePcm},
+                                       {354, kPcm},
+                                       {356, kPcm},
+                                       {355, kShortPcm},
+                                       {357, kShortPcm},
+                                       {359, kDoubleMono},
+                                       {360, kDoubleMono}}};
+constexpr std::uint16_t kEndOfStreamLength = 1032; // nominal
+constexpr std::uint16_t kHalfEndOfStreamLength = 520;
 
 AdpcmState ReadBlock(ByteView block) {
     return {{ReadAt<std::int16_t>(block, 0), block[4]}, {ReadAt<std::int16_t>(block, 2), block[5]}};
@@ -43,17 +50,41 @@ std::vector<std::int16_t> SamplesOf(ByteView pcm) {
 
 /// Fills in what the type decides.
 bool ReadBody(ByteView datagram, AudioDatagram& audio) {
-    if (audio.type == kEndOfStreamType) { return std::ranges::count(kEndOfStreamSizes, datagram.size()) > 0; }
-    const auto* kind = std::ranges::find(kKinds, audio.type, &Kind::type);
-    if (kind == kKinds.end() || datagram.size() != kHeaderSize + kind->payloadSize + kTrailerSize) { return false; }
-    const ByteView payload = datagram.subspan(kHeaderSize, kind->payloadSize);
-    audio.coding = kind->coding;
+    if (audio.type == kEndOfStreamType) {
+        return datagram.size() == kEndOfStreamSize || datagram.size() == kHalfEndOfStreamSize;
+    }
+    const auto format = FormatOf(audio.type);
+    if (!format || datagram.size() != kHeaderSize + format->payloadSize + kTrailerSize) { return false; }
+    const ByteView payload = datagram.subspan(kHeaderSize, format->payloadSize);
+    audio.coding = format->coding;
     audio.payload.assign(payload.begin(), payload.end());
     audio.block = ReadBlock(datagram.last(kTrailerSize));
     return true;
 }
 
 } // namespace
+
+std::optional<AudioFormat> FormatOf(std::uint16_t type) {
+    const auto* kind = std::ranges::find(kKinds, type, &Kind::type);
+    return kind == kKinds.end() ? std::nullopt : std::optional(kind->format);
+}
+
+Bytes Pack(const AudioDatagram& datagram) {
+    ByteWriter writer;
+    writer.Put(kMagic).Fill(4, 0).Put(datagram.node).Put(datagram.stream).Put(datagram.type).Put(datagram.length);
+    writer.PutAll(datagram.payload).Put(datagram.block.a.value).Put(datagram.block.b.value);
+    return writer.Put(datagram.block.a.index).Put(datagram.block.b.index).Fill(4, 0).Get();
+}
+
+Bytes EndOfStream(std::uint32_t node, std::uint32_t controller, std::size_t size) {
+    AudioDatagram end;
+    end.node = node;
+    end.stream = controller;
+    end.type = kEndOfStreamType;
+    end.length = size == kHalfEndOfStreamSize ? kHalfEndOfStreamLength : kEndOfStreamLength;
+    end.payload.resize(size - kHeaderSize - kTrailerSize);
+    return Pack(end);
+}
 
 std::optional<AudioDatagram> ReadAudioDatagram(ByteView datagram) {
     if (datagram.size() < kHeaderSize || ReadAt<std::uint16_t>(datagram, 0) != kMagic) { return std::nullopt; }

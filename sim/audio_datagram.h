@@ -4,6 +4,7 @@
 #include "sim/adpcm_decode.h"
 #include "sim/bytes.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -13,6 +14,16 @@ namespace k740::sim {
 inline constexpr std::uint16_t kEndOfStreamType = 0x8112;
 
 enum class Coding { TwoChannel, Mono, Pcm, EndOfStream };
+
+/// What a type of datagram carries.
+struct AudioFormat {
+    Coding coding = Coding::EndOfStream;
+    std::size_t payloadSize = 0; // bytes
+    std::size_t samples = 0;     // 44.1 kHz mono
+    std::uint16_t length = 0;    // nominal, as the header says it
+};
+/// @return nothing for a type without audio
+std::optional<AudioFormat> FormatOf(std::uint16_t type);
 
 /// One datagram of a multicast group: 18 bytes of header, the payload, 6 bytes of coder state, 4 bytes reserved.
 struct AudioDatagram {
@@ -28,6 +39,17 @@ struct AudioDatagram {
 /// @return nothing for a wrong magic, an unknown type, or a size other than the type's (1052 or 540 bytes at the end
 ///         of a stream)
 std::optional<AudioDatagram> ReadAudioDatagram(ByteView datagram);
+
+/// The bytes of a datagram just as its fields say, whether they fit each other or not; the coding is not looked at.
+Bytes Pack(const AudioDatagram& datagram);
+
+inline constexpr std::size_t kEndOfStreamSize = 1052;    // bytes
+inline constexpr std::size_t kHalfEndOfStreamSize = 540; // bytes
+
+/// The bytes of an end-of-stream datagram.
+/// @param controller  that is to leave the group
+/// @param size        kEndOfStreamSize or kHalfEndOfStreamSize
+Bytes EndOfStream(std::uint32_t node, std::uint32_t controller, std::size_t size = kEndOfStreamSize);
 
 /// Decodes one stream. After each datagram it takes over the sender's state, as every receiver does.
 class AudioDecoder {

@@ -1,41 +1,97 @@
 #include "sim/device.h"
 
+#include "sim/audio_datagram.h"
+
 #include <utility>
 
 namespace k740::sim {
 
-Device::Device(const Surroundings& surroundings, std::uint32_t id, const std::string& address)
-    : m_surroundings(surroundings), m_id(id), m_address(address),
-      m_socket(UdpSocket::BoundTo({address, kRequestPort})) {
-    m_surroundings.reactor.Watch(m_socket.Descriptor(), [this] { ReceiveAll(); });
+Device::Device(const Surroundings& surroundings, std::uint32_t id, const std::string& address,
+               const std::vector<std::uint16_t>& furtherPorts)
+    : m_surroundings(surroundings), m_id(id), m_address(address), m_listeners(Listen(address, furtherPorts)),
+      m_source(surroundings.reactor, Socket(), id) {
+    for (const Listener& listener : m_listeners) {
+        m_surroundings.reactor.Watch(listener.socket.Descriptor(), [this, &listener] { ReceiveAll(listener); });
+    }
 }
 
 Device::~Device() {
-    m_surroundings.reactor.Forget(m_socket.Descriptor());
+    for (const Listener& listener : m_listeners) { m_surroundings.reactor.Forget(listener.socket.Descriptor()); }
 }
 
-void Device::ReceiveAll() {
-    while (const auto datagram = m_socket.Receive()) {
-        Note({datagram->arrival, Event::Kind::Received, m_id, kRequestPort, datagram->sender, datagram->bytes, {}});
-        if (const auto packet = Unpack(datagram->bytes)) { Handle(*packet, *datagram); }
+std::vector<Device::Listener> Device::Listen(const std::string& address,
+                                             const std::vector<std::uint16_t>& furtherPorts) {
+    std::vector<Listener> listeners;
+    listeners.push_back({kRequestPort, UdpSocket::BoundTo({address, kRequestPort})});
+    for (const std::uint16_t port : furtherPorts) { listeners.push_back({port, UdpSocket::BoundTo({address, port})}); }
+    return listeners;
+}
+
+void Device::ReceiveAll(const Listener& listener) {
+    while (const auto datagram = listener.socket.Receive()) {
+        const auto packet = Unpack(datagram->bytes);
+        const bool lost = packet && m_faults.Loses(packet->command);
+        Note({datagram->arrival,
+              lost ? Event::Kind::Lost : Event::Kind::Received,
+              m_id,
+              listener.port,
+              datagram->sender,
+              datagram->bytes,
+              {}});
+        if (packet && !lost) { Take(*packet, *datagram); }
     }
+}
+
+void Device::Take(const Packet& packet, const Datagram& datagram) {
+    if (packet.command != command::kGetVersion) { return Handle(packet, datagram); }
+    Answer(packet, datagram.sender, command::kVersionAnswer, Payload(m_version));
 }
 
 void Device::SendRaw(ByteView bytes, const Endpoint& receiver) {
     m_surroundings.reactor.Run([&] {
         // Before the send, so that its consequences are noted after it.
         Note({Clock::now(), Event::Kind::Sent, m_id, kRequestPort, receiver, Bytes(bytes.begin(), bytes.end()), {}});
-        m_socket.Send(bytes, receiver);
+        Socket().Send(bytes, receiver);
     });
 }
 
 void Device::SendToStation(std::uint16_t command, ByteView payload, std::uint16_t port) {
-    SendRaw(Pack(MakePacket(m_id, m_surroundings.stationNode, command, payload)),
-            {m_surroundings.stationAddress, port});
+    SendToStation(command, m_surroundings.stationNode, payload, port);
+}
+
+void Device::SendToStation(std::uint16_t command, std::uint32_t destination, ByteView payload, std::uint16_t port) {
+    SendRaw(Pack(MakePacket(m_id, destination, command, payload)), {m_surroundings.stationAddress, port});
+}
+
+void Device::SetVersion(const Version& version) {
+    OnReactor().Run([&] { m_version = version; });
+}
+
+void Device::SetAnswerFault(const AnswerFault& fault) {
+    OnReactor().Run([&] { m_faults.Set(fault); });
+}
+
+void Device::SetAnswerFault(std::uint16_t request, const AnswerFault& fault) {
+    OnReactor().Run([&] { m_faults.Set(request, fault); });
+}
+
+AudioSource& Device::Stream(const Endpoint& receiver, const AudioStream& stream) {
+    m_source.Start(receiver, stream);
+    return m_source;
+}
+
+void Device::SendEndOfStream(const Endpoint& group, std::uint32_t controller) {
+    SendRaw(EndOfStream(m_id, controller), group);
 }
 
 void Device::Answer(const Packet& request, const Endpoint& requester, std::uint16_t command, ByteView payload) {
-    SendRaw(Pack(MakePacket(m_id, request.source, command, payload)), {requester.ip, kReplyPort});
+    const AnswerFault fault = m_faults.Of(request.command);
+    if (fault.silent) { return; }
+    const Bytes bytes = Pack(MakePacket(fault.source.value_or(m_id), request.source, command, payload));
+    const Endpoint receiver{requester.ip, kReplyPort};
+    After(fault.delay, [=, this] {
+        for (int remaining = fault.twice ? 2 : 1; remaining > 0; --remaining) { SendRaw(bytes, receiver); }
+    });
 }
 
 void Device::After(std::chrono::milliseconds delay, std::function<void()> work) {

@@ -15,6 +15,8 @@ const char* Name(Event::Kind kind) {
         return "received";
     case Event::Kind::Sent:
         return "sent";
+    case Event::Kind::Lost:
+        return "lost";
     case Event::Kind::JoinedGroup:
         return "joined";
     case Event::Kind::LeftGroup:
@@ -76,6 +78,20 @@ Json ToJson(const Recording& recording, std::uint32_t device, Clock::time_point 
     }
     if (recording.left) { json["left"] = SecondsFrom(start, *recording.left); }
     return json;
+}
+
+Json ToJson(const IntercomRecording& recording, std::uint32_t device) {
+    return {{"event", "intercom"},
+            {"device", device},
+            {"node", recording.node},
+            {"datagrams", recording.datagrams},
+            {"gaps", recording.gaps},
+            {"foreign", recording.foreign},
+            {"samples", recording.samples.size()}};
+}
+
+Json StreamJson(std::uint32_t device, const Endpoint& group, std::size_t datagrams) {
+    return {{"event", "streamed"}, {"device", device}, {"group", Text(group)}, {"datagrams", datagrams}};
 }
 
 } // namespace k740::sim

@@ -1,9 +1,11 @@
 // Events and recordings as JSON, one object per line.
 #pragma once
 
+#include "sim/intercom_line.h"
 #include "sim/journal.h"
 #include "sim/recording.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 
@@ -15,5 +17,11 @@ nlohmann::ordered_json ToJson(const Event& event, Clock::time_point start);
 
 /// Fields: event "recording", device, task, zones (mask), group, node, the counts, and the times in s since start.
 nlohmann::ordered_json ToJson(const Recording& recording, std::uint32_t device, Clock::time_point start);
+
+/// Fields: event "intercom", device, node, and the counts.
+nlohmann::ordered_json ToJson(const IntercomRecording& recording, std::uint32_t device);
+
+/// Fields: event "streamed", device, group, datagrams.
+nlohmann::ordered_json StreamJson(std::uint32_t device, const Endpoint& group, std::size_t datagrams);
 
 } // namespace k740::sim

@@ -31,6 +31,14 @@ PagingStation& Installation::AddPagingStation(std::uint32_t id, const std::strin
     return Add<PagingStation>(id, address);
 }
 
+AuxInterface& Installation::AddAuxInterface(std::uint32_t id, const std::string& address) {
+    return Add<AuxInterface>(id, address);
+}
+
+Client& Installation::AddClient(std::uint32_t id, const std::string& address) {
+    return Add<Client>(id, address);
+}
+
 void Installation::Remove(std::uint32_t id) {
     m_reactor.Run([&] { m_devices.erase(id); });
 }

@@ -1,6 +1,8 @@
 // All simulated devices of a test or of k740-sim, on one thread.
 #pragma once
 
+#include "sim/aux_interface.h"
+#include "sim/client.h"
 #include "sim/device.h"
 #include "sim/journal.h"
 #include "sim/paging_station.h"
@@ -35,6 +37,8 @@ public:
     /// @throws std::system_error when the address does not exist here, std::invalid_argument for an ID in use
     ZoneController& AddZoneController(std::uint32_t id, const std::string& address);
     PagingStation& AddPagingStation(std::uint32_t id, const std::string& address);
+    AuxInterface& AddAuxInterface(std::uint32_t id, const std::string& address);
+    Client& AddClient(std::uint32_t id, const std::string& address);
     void Remove(std::uint32_t id);
 
     /// Blocks until the condition holds; it is examined after everything that devices do, on their thread.

@@ -17,9 +17,9 @@
 namespace k740::sim {
 
 /// One thing that a device did or met. Audio is not noted here but counted in recordings; the end-of-stream datagrams
-/// meant for the device are.
+/// meant for the device are. Lost is what came, but was met as if the network had lost it.
 struct Event {
-    enum class Kind { Received, Sent, JoinedGroup, LeftGroup, EndOfStream };
+    enum class Kind { Received, Sent, Lost, JoinedGroup, LeftGroup, EndOfStream };
 
     Clock::time_point time; // of the arrival, for what was received
     Kind kind = Kind::Received;

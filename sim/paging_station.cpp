@@ -3,10 +3,18 @@
 namespace k740::sim {
 
 PagingStation::PagingStation(const Surroundings& surroundings, std::uint32_t id, const std::string& address)
-    : Device(surroundings, id, address) {}
+    : Device(surroundings, id, address, {kReplyPort}), m_intercomLine(OnReactor(), id, address) {}
 
 void PagingStation::SetBehaviour(const TaskBehaviour& behaviour) {
     OnReactor().Run([&] { m_behaviour = behaviour; });
+}
+
+void PagingStation::SetMonitorBehaviour(const MonitorBehaviour& behaviour) {
+    OnReactor().Run([&] { m_monitorBehaviour = behaviour; });
+}
+
+void PagingStation::SetCallBehaviour(const CallBehaviour& behaviour) {
+    OnReactor().Run([&] { m_callBehaviour = behaviour; });
 }
 
 void PagingStation::SendStatus(const PagingStatus& status, std::uint16_t port) {
@@ -23,15 +31,83 @@ std::vector<PagingTaskRequest> PagingStation::Requests() const {
     return requests;
 }
 
+std::vector<MonitorRequest> PagingStation::MonitorRequests() const {
+    std::vector<MonitorRequest> requests;
+    OnReactor().Run([&] { requests = m_monitorRequests; });
+    return requests;
+}
+
+void PagingStation::Handshake(std::uint32_t intercom) {
+    SendToStation(command::kPagingHeartbeat, intercom, HandshakePayload());
+}
+
+void PagingStation::Invite(std::uint32_t intercom) {
+    SendToStation(command::kCallInvite, intercom, InvitePayload());
+}
+
+void PagingStation::AnswerCall(std::uint32_t intercom, std::uint8_t code) {
+    SendToStation(command::kCallAnswer, intercom, CallAnswerPayload(code));
+}
+
+IntercomRecording PagingStation::IntercomAudio() const {
+    IntercomRecording heard;
+    OnReactor().Run([&] { heard = m_intercomLine.Heard(); });
+    return heard;
+}
+
+bool PagingStation::WaitForIntercomAudio(std::size_t count, std::chrono::milliseconds timeout) const {
+    return OnReactor().WaitUntil([&] { return m_intercomLine.Heard().datagrams >= count; }, timeout);
+}
+
+AudioSource& PagingStation::SendIntercomAudio(const AudioStream& stream) {
+    m_intercomLine.Source().Start({StationAddress(), kIntercomAudioPort}, stream);
+    return m_intercomLine.Source();
+}
+
 void PagingStation::Handle(const Packet& packet, const Datagram& datagram) {
-    if (packet.command != command::kPagingTask) { return; }
+    switch (packet.command) {
+    case command::kPagingTask:
+        return AnswerTask(packet, datagram.sender);
+    case command::kPagingMonitor:
+        return AnswerMonitor(packet, datagram.sender);
+    case command::kCallInvite:
+        return MeetInvitation(packet, datagram.sender);
+    default:
+        return; // noted in the journal already
+    }
+}
+
+void PagingStation::AnswerTask(const Packet& packet, const Endpoint& requester) {
     const PagingTaskRequest request = ReadPagingTaskRequest(packet);
     m_requests.push_back(request);
-    After(m_behaviour.delay, [=, this, results = m_behaviour.results, requester = datagram.sender] {
+    After(m_behaviour.delay, [=, this, results = m_behaviour.results] {
         for (const std::uint16_t result : results) {
             Answer(packet, requester, command::kPagingTaskAnswer, Payload(PagingTaskAnswer{request.taskId, result}));
         }
     });
+}
+
+void PagingStation::AnswerMonitor(const Packet& packet, const Endpoint& requester) {
+    m_monitorRequests.push_back(ReadMonitorRequest(packet));
+    After(m_monitorBehaviour.delay, [=, this, results = m_monitorBehaviour.results] {
+        for (const std::int16_t result : results) {
+            Answer(packet, requester, command::kPagingMonitorAnswer, MonitorAnswerPayload(result));
+        }
+    });
+}
+
+void PagingStation::MeetInvitation(const Packet& packet, const Endpoint& requester) {
+    const auto answer = [=, this](std::uint8_t code) {
+        Answer(packet, requester, command::kCallAnswer, CallAnswerPayload(code));
+    };
+    const auto [reply, delay] = m_callBehaviour;
+    if (reply == CallReply::Ring || reply == CallReply::Accept) { answer(call::kRinging); }
+    if (reply == CallReply::Accept) {
+        After(delay, [=] { answer(call::kAccepted); });
+    }
+    if (reply == CallReply::Refuse) {
+        After(delay, [=] { answer(call::kHungUp); });
+    }
 }
 
 } // namespace k740::sim

@@ -129,7 +129,11 @@ void Reactor::Forget(int file) {
 }
 
 void Reactor::After(std::chrono::milliseconds delay, Work work) {
-    m_timers.emplace(Clock::now() + delay, std::move(work));
+    At(Clock::now() + delay, std::move(work));
+}
+
+void Reactor::At(Clock::time_point time, Work work) {
+    m_timers.emplace(time, std::move(work));
 }
 
 void Reactor::Loop() {

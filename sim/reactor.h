@@ -44,6 +44,8 @@ public:
 
     /// Reactor's thread only. Runs the work once, after the delay (after this round of handlers, for 0).
     void After(std::chrono::milliseconds delay, Work work);
+    /// The same, once the time has come; up to 1 ms late.
+    void At(std::chrono::steady_clock::time_point time, Work work);
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -5,6 +5,7 @@
 #include "sim/bytes.h"
 #include "sim/journal.h"
 #include "sim/records.h"
+#include "sim/wire.h"
 
 #include <array>
 #include <cstddef>
@@ -14,8 +15,6 @@
 #include <vector>
 
 namespace k740::sim {
-
-inline constexpr int kZones = 8; // of one controller
 
 /// How much of a broadcast is kept beside the counts.
 enum class Keep { Counts, Samples, SamplesAndDatagrams };

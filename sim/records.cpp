@@ -1,24 +1,18 @@
 #include "sim/records.h"
 
+#include "sim/address.h"
+
 #include <algorithm>
 #include <span>
 
 namespace k740::sim {
 namespace {
 
-// Stands where the station must read nothing; zeros would hide that it does.
-constexpr std::uint8_t kMeaningless = 0xEE;
 constexpr std::size_t kZoneTextOffset = 26;
 
-/// The highest byte is the address's first number.
-std::string AddressText(std::uint32_t address) {
-    std::string text = std::to_string(address >> 24);
-    for (const int shift : {16, 8, 0}) {
-        text += '.';
-        text += std::to_string((address >> shift) & 0xFF);
-    }
-    return text;
-}
+// Constants of a play request, whose meaning is the receiver's.
+constexpr std::uint16_t kWord29 = 0xFFFF;
+constexpr std::uint32_t kWord50 = 32;
 
 } // namespace
 
@@ -28,14 +22,26 @@ PlayRequest ReadPlayRequest(const Packet& packet) {
     request.sequence = ReadAt<std::uint16_t>(payload, 0);
     request.priority = ReadAt<std::uint16_t>(payload, 4);
     request.dryContactMask = payload[8];
+    request.word9 = ReadAt<std::uint32_t>(payload, 9);
     request.auxPort = ReadAt<std::uint32_t>(payload, 13);
     request.taskId = ReadAt<std::uint32_t>(payload, 17);
+    request.word21 = ReadAt<std::uint32_t>(payload, 21);
     request.recovery = payload[25];
     request.zoneMask = ReadAt<std::uint32_t>(payload, 38);
     request.group = AddressText(ReadAt<std::uint32_t>(payload, 54));
     request.groupPort = ReadAt<std::uint16_t>(payload, 58);
     request.origin = ReadAt<std::uint32_t>(payload, 62);
     return request;
+}
+
+Bytes Payload(const PlayRequest& request) {
+    ByteWriter writer;
+    writer.Put(request.sequence).Fill(2, 0).Put(request.priority);
+    writer.Fill(2, request.dryContactMask != 0 ? 1 : 0).Put(request.dryContactMask); // flags for the mask at 6 and 7
+    writer.Put(request.word9).Put(request.auxPort).Put(request.taskId).Put(request.word21);
+    writer.Put(request.recovery).Fill(3, 0).Put(kWord29).Fill(7, 0).Put(request.zoneMask).Fill(8, 0);
+    writer.Put(kWord50).Put(AddressNumber(request.group)).Put<std::uint32_t>(request.groupPort).Put(request.origin);
+    return writer.Get();
 }
 
 Bytes Payload(const PlayAnswer& answer) {

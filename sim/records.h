@@ -10,13 +10,18 @@
 
 namespace k740::sim {
 
+/// Stands where the receiver must read nothing; zeros would hide that it does.
+inline constexpr std::uint8_t kMeaningless = 0xEE;
+
 /// Play request 0x0205, 66 bytes.
 struct PlayRequest {
     std::uint16_t sequence = 0;      // bytes 0-1, echoed by the answer
     std::uint16_t priority = 0;      // bytes 4-5: 256 less the host's priority
     std::uint8_t dryContactMask = 0; // byte 8
+    std::uint32_t word9 = 0;         // bytes 9-12, echoed by virtual controllers
     std::uint32_t auxPort = 0;       // bytes 13-16: AUX port, or the task ID again
     std::uint32_t taskId = 0;        // bytes 17-20
+    std::uint32_t word21 = 3;        // bytes 21-24, echoed by virtual controllers
     std::uint8_t recovery = 0;       // byte 25
     std::uint32_t zoneMask = 0;      // bytes 38-41, bit 0 is zone 1
     std::string group;               // bytes 54-57 as IPv4 text; on the wire the last number comes first
@@ -24,6 +29,7 @@ struct PlayRequest {
     std::uint32_t origin = 0;        // bytes 62-65: station's node ID, or the AUX device's ID
 };
 PlayRequest ReadPlayRequest(const Packet& packet);
+Bytes Payload(const PlayRequest& request);
 
 /// Answer 0x8205 to a play request, 29 bytes.
 struct PlayAnswer {

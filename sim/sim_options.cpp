@@ -11,7 +11,9 @@ std::vector<DeviceOption> ParseDevices(const CLI::results_t& texts) {
         if (at == std::string::npos || !CLI::detail::lexical_cast(text.substr(0, at), device.id)) {
             throw CLI::ValidationError(text, "is not ID@ADDRESS");
         }
-        device.address = text.substr(at + 1);
+        const std::size_t slash = text.find('/', at);
+        device.address = text.substr(at + 1, slash == std::string::npos ? slash : slash - at - 1);
+        if (slash != std::string::npos) { device.group = text.substr(slash + 1); }
         devices.push_back(device);
     }
     return devices;
@@ -23,14 +25,20 @@ void DeclareDevices(CLI::App& app, const std::string& name, std::vector<DeviceOp
         devices = ParseDevices(texts);
         return true;
     };
-    app.add_option(name, parse, description)->type_name("ID@ADDRESS")->expected(1, -1);
+    app.add_option(name, parse, description)->type_name("ID@ADDRESS[/GROUP]")->expected(1, -1);
 }
 
 } // namespace
 
 void DeclareOptions(CLI::App& app, SimOptions& options) {
-    DeclareDevices(app, "--zcu", options.zoneControllers, "Zone controllers to play, such as 33@192.168.1.33");
-    DeclareDevices(app, "--rpk", options.pagingStations, "Paging stations to play, such as 5000@192.168.8.99");
+    DeclareDevices(
+        app, "--zcu", options.zoneControllers,
+        "Zone controllers to play, such as 33@192.168.1.33. With /GROUP the group of zone 1 has a tone on it");
+    DeclareDevices(app, "--rpk", options.pagingStations,
+                   "Paging stations to play, such as 5000@192.168.8.99. With /GROUP they talk to it: a tone");
+    DeclareDevices(app, "--aux", options.auxInterfaces,
+                   "AUX interfaces to play, such as 7000@192.168.3.1. With /GROUP they stream a tone to it");
+    app.add_flag("--accept-calls", options.acceptCalls, "Paging stations accept the calls of intercoms");
     app.add_option("--station", options.stationAddress, "Address that reports go to")->capture_default_str();
     app.add_option("--record", options.recordDirectory, "Directory for a WAV file per zone that heard anything");
     app.add_option("--events", options.eventsFile, "File for events as JSON lines, - for standard output")

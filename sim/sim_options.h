@@ -11,15 +11,18 @@
 
 namespace k740::sim {
 
-/// A device as written on the command line: ID@ADDRESS.
+/// A device as written on the command line: ID@ADDRESS or ID@ADDRESS/GROUP.
 struct DeviceOption {
     std::uint32_t id = 0;
     std::string address;
+    std::string group; // to which it streams a tone; empty: none
 };
 
 struct SimOptions {
     std::vector<DeviceOption> zoneControllers;
     std::vector<DeviceOption> pagingStations;
+    std::vector<DeviceOption> auxInterfaces;
+    bool acceptCalls = false; // of intercoms
     std::string stationAddress = kStationAddress;
     std::string recordDirectory; // empty: no WAV files
     std::string eventsFile = "-";

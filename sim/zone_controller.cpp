@@ -84,8 +84,14 @@ void ZoneController::Handle(const Packet& packet, const Datagram& datagram) {
         return CloseAudio(ReadCloseAudioTask(packet));
     case command::kCloseZones:
         return CloseZones(ReadCloseZonesMask(packet));
+    case command::kEnterEmergency:
+        m_emergencyPriority = ReadEmergencyPriority(packet);
+        return;
+    case command::kExitEmergency:
+        m_emergencyPriority.reset();
+        return;
     default:
-        return; // noted in the journal already
+        return AnswerQuery(packet, datagram.sender);
     }
 }
 

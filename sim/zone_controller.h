@@ -1,15 +1,20 @@
-// A simulated zone controller: answers play requests, joins their groups and keeps what its zones hear.
+// A simulated zone controller: answers play requests, joins their groups and keeps what its zones hear; answers queries
+// about its volumes and about the groups of its zones.
 #pragma once
 
 #include "sim/device.h"
 #include "sim/play_session.h"
 #include "sim/recording.h"
 #include "sim/records.h"
+#include "sim/volume_control.h"
+#include "sim/zone_groups.h"
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,6 +49,25 @@ public:
     /// How much is kept of the broadcasts that begin from now on. Samples, unless set.
     void SetKeep(Keep keep);
 
+    /// Version 3, unless set. All channels are at 0 then.
+    void SetGeneration(Generation generation);
+    /// @param levels  attenuation as on the wire, 4 (version 2) or 10 (version 3); throws std::invalid_argument
+    /// otherwise
+    void SetVolumes(const std::vector<std::uint8_t>& levels);
+    [[nodiscard]] std::vector<std::uint8_t> Volumes() const;
+
+    /// Of the latest request to enter the emergency mode (256 less the host's priority); nothing when it has been left.
+    [[nodiscard]] std::optional<std::uint16_t> EmergencyPriority() const;
+
+    /// The group on which a zone (1 to 8) circulates what it plays; an empty text or 0.0.0.0 for none.
+    /// @param word  what the answer carries beside the address
+    void SetZoneGroup(int zone, const std::string& group, std::uint32_t word = kAudioPort);
+    void SetZoneGroupLayout(ZoneGroupLayout layout);
+    /// Streams audio to the zone's group, as it is at this time; ends what the zone streamed before.
+    /// @return the source, with which to stop it; as long-lived as the controller
+    /// @throws std::invalid_argument when the zone has no group
+    AudioSource& StreamZone(int zone, const AudioStream& stream = {}, std::uint16_t port = kAudioPort);
+
     void SendStatus(const StatusReport& report, std::uint16_t port = kReplyPort);
     /// Sends the report now and then every period; a period of 0 ends that.
     void RepeatStatus(const StatusReport& report, std::chrono::milliseconds period = std::chrono::seconds(2));
@@ -69,6 +93,7 @@ protected:
     void Handle(const Packet& packet, const Datagram& datagram) override;
 
 private:
+    void AnswerQuery(const Packet& packet, const Endpoint& requester);
     void AnswerPlay(const Packet& packet, const Endpoint& requester, const PlayRequest& request,
                     const PlayBehaviour& behaviour);
     void JoinAndReport(const Packet& packet, const Endpoint& requester, const PlayRequest& request,
@@ -83,6 +108,10 @@ private:
     // Of the reactor's thread.
     PlayBehaviour m_behaviour;
     Keep m_keep = Keep::Samples;
+    VolumeControl m_volumes;
+    std::optional<std::uint16_t> m_emergencyPriority;
+    ZoneGroups m_zoneGroups;
+    std::map<int, AudioSource> m_zoneSources;             // by zone
     std::vector<std::unique_ptr<PlaySession>> m_sessions; // in the order of joining, closed ones included
 };
 

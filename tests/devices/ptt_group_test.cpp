@@ -1,5 +1,6 @@
 #include "app/k740.h"
 #include "common/stopwatch.h"
+#include "common/thread.h"
 #include "tests/devices/registry_fixture.h"
 #include "tests/support/sdk_log.h"
 
@@ -19,6 +20,11 @@ protected:
         m_devices.AddDevice(kStation, 2, "10.0.0.1");
         m_devices.AddDevice(5001, 10, "");
         m_devices.AddDevice(1, 1, "10.0.0.2");
+    }
+    /// The thread that receives the station's audio ends before the application does.
+    ~PTTGroupTest() override {
+        m_devices.UpdateRPKMulticastIP(kStation, "");
+        EXPECT_TRUE(WaitUntil([] { return RunningThreads() == 0; }));
     }
 };
 

@@ -2,9 +2,7 @@
 #pragma once
 
 #include "app/application.h"
-#include "common/thread.h"
 #include "tests/support/private_network_fixture.h"
-#include "tests/support/wait_until.h"
 
 #include <memory>
 #include <string>
@@ -17,13 +15,6 @@ protected:
     OnRegistry() {
         m_app->Configuration().SetDefaults();
         m_app->Lifetime().Begin();
-    }
-    /// The threads that receive push-to-talk audio end before the application does.
-    ~OnRegistry() override {
-        for (const tagDEVICE_INFO& station : m_devices.GetAllRPKDevices()) {
-            m_devices.UpdateRPKMulticastIP(station.deviceID, "");
-        }
-        EXPECT_TRUE(WaitUntil([] { return RunningThreads() == 0; }));
     }
 
     /// @return an address of its own for each number from 0

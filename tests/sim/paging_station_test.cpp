@@ -24,6 +24,12 @@ protected:
         payload.PutAll(std::string("0010A"));
         m_station.Request(kIp, kId, 0x0702, payload.Get());
     }
+    /// Asks to listen to zone 3 of controller 33.
+    void RequestMonitor() {
+        sim::ByteWriter payload;
+        payload.Put<std::uint32_t>(33).Put<std::uint16_t>(2).Put<std::uint8_t>(1);
+        m_station.Request(kIp, kId, 0x030A, payload.Get());
+    }
     /// Results of the answers up to a status report that is sent behind them.
     std::vector<std::uint16_t> ResultsBeforeNextStatus() {
         EXPECT_TRUE(Field().Events().WaitFor(sim::Received(kId, 0x0702), kSoon));
@@ -73,6 +79,55 @@ TEST_F(PagingStationTest, AnswersAfterItsDelay) {
     const auto answer = Field().Events().WaitFor(sim::Sent(kId, 0x8702), kSoon);
     ASSERT_TRUE(request && answer);
     EXPECT_GE(answer->time - request->time, 50ms);
+}
+
+TEST_F(PagingStationTest, AnswersAMonitorRequestWithOneAndKeepsIt) {
+    RequestMonitor();
+    EXPECT_EQ((Bytes{1, 0}), m_station.AnswerPayload(0x830A));
+    const auto requests = m_paging.MonitorRequests();
+    ASSERT_EQ(1U, requests.size());
+    EXPECT_EQ(33U, requests[0].controller);
+    EXPECT_EQ(2, requests[0].zoneIndex);
+    EXPECT_EQ(1, requests[0].start);
+}
+
+TEST_F(PagingStationTest, AnswersAMonitorRequestWithTheResultsItIsTold) {
+    m_paging.SetMonitorBehaviour({{-1, 2}});
+    RequestMonitor();
+    EXPECT_EQ((Bytes{0xFF, 0xFF}), m_station.AnswerPayload(0x830A));
+    EXPECT_EQ((Bytes{2, 0}), m_station.AnswerPayload(0x830A));
+}
+
+TEST_F(PagingStationTest, WithoutMonitorResultsItIsSilent) {
+    m_paging.SetMonitorBehaviour({{}});
+    RequestMonitor();
+    ASSERT_TRUE(Field().Events().WaitFor(sim::Received(kId, 0x030A), kSoon));
+    m_paging.SendStatus({});
+    EXPECT_EQ(9U, m_station.AnswerPayload(0x8700).size());
+    EXPECT_EQ(1U, m_paging.MonitorRequests().size());
+}
+
+TEST_F(PagingStationTest, AnswersAMonitorRequestAfterItsDelay) {
+    m_paging.SetMonitorBehaviour({{1}, 50ms});
+    RequestMonitor();
+    ASSERT_TRUE(m_station.Answer());
+    const auto request = Field().Events().WaitFor(sim::Received(kId, 0x030A), kSoon);
+    const auto answer = Field().Events().WaitFor(sim::Sent(kId, 0x830A), kSoon);
+    ASSERT_TRUE(request && answer);
+    EXPECT_GE(answer->time - request->time, 50ms);
+}
+
+TEST_F(PagingStationTest, TalksToItsGroupUnderItsOwnNode) {
+    const sim::UdpSocket ear = sim::UdpSocket::InGroup(kGroup, sim::kStationAddress);
+    sim::AudioStream talk;
+    talk.count = 1;
+    m_paging.Talk(kGroup, talk);
+    const auto datagram = WaitForDatagram(ear);
+    ASSERT_TRUE(datagram);
+    const auto audio = sim::ReadAudioDatagram(datagram->bytes);
+    ASSERT_TRUE(audio);
+    EXPECT_EQ(kId, audio->node);
+    EXPECT_EQ(341, audio->type);
 }
 
 TEST_F(PagingStationTest, StatusIsSentOnDemandAndPeriodically) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
 
 namespace k740::sim {
@@ -37,6 +38,27 @@ TEST(RecordsTest, PlayRequestIsReadFieldByField) {
     EXPECT_EQ("225.0.0.1", request.group);
     EXPECT_EQ(28100, request.groupPort);
     EXPECT_EQ(9500U, request.origin);
+}
+
+TEST(RecordsTest, PlayRequestIsWrittenAsItIsRead) {
+    EXPECT_EQ(kPlayPayload, Payload(ReadPlayRequest(MakePacket(9500, 33, 0x0205, kPlayPayload))));
+    Bytes others(66, 0); // the fields that are zero above, or constant
+    others[9] = 0x99;
+    others[16] = 0x16;
+    others[21] = 0x21;
+    const PlayRequest request = ReadPlayRequest(MakePacket(9500, 33, 0x0205, others));
+    EXPECT_EQ(0x99U, request.word9);
+    EXPECT_EQ(0x16000000U, request.auxPort);
+    EXPECT_EQ(0x21U, request.word21);
+    const Bytes written = Payload(request);
+    EXPECT_TRUE(std::equal(others.begin(), others.begin() + 29, written.begin()));
+}
+
+TEST(RecordsTest, DryContactMaskOfAPlayRequestHasItsTwoFlags) {
+    PlayRequest request;
+    request.dryContactMask = 5;
+    const Bytes payload = Payload(request);
+    EXPECT_EQ((Bytes{1, 1, 5}), Bytes(payload.begin() + 6, payload.begin() + 9));
 }
 
 TEST(RecordsTest, PlayAnswerHas29Bytes) {

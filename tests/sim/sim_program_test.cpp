@@ -1,4 +1,5 @@
 // k740-sim from its command line to its files.
+#include "sim/audio_datagram.h"
 #include "tests/sim/station.h"
 #include "tests/support/private_network_fixture.h"
 
@@ -100,6 +101,49 @@ TEST_F(SimProgramTest, PlaysAPagingStation) {
     EXPECT_EQ(5000U, status->source);
     program.RemainingLines();
     EXPECT_EQ(0, program.End());
+}
+
+TEST_F(SimProgramTest, DevicesWithAGroupStreamAToneToIt) {
+    Network().AddFieldAddresses({kIp, "192.168.8.99", "192.168.3.1"});
+    std::vector<sim::UdpSocket> ears;
+    for (const char* group : {"225.2.0.1", "225.2.0.2", "225.2.0.3"}) {
+        ears.push_back(sim::UdpSocket::InGroup({group, 28100}, sim::kStationAddress));
+    }
+    Program program(Network(), std::string("--status-period 0 --duration 0.2 --zcu 33@") + kIp +
+                                   "/225.2.0.1 --rpk 5000@192.168.8.99/225.2.0.2 --aux 7000@192.168.3.1/225.2.0.3");
+    std::vector<std::uint32_t> nodes;
+    for (const sim::UdpSocket& ear : ears) {
+        const auto datagram = WaitForDatagram(ear);
+        ASSERT_TRUE(datagram);
+        nodes.push_back(sim::ReadAudioDatagram(datagram->bytes)->node);
+    }
+    EXPECT_EQ((std::vector<std::uint32_t>{33, 5000, 7000}), nodes);
+    const std::vector<Json> streamed = Of(program.RemainingLines(), "streamed");
+    ASSERT_EQ(3U, streamed.size());
+    EXPECT_EQ(33, streamed[0].at("device"));
+    EXPECT_EQ("225.2.0.1:28100", streamed[0].at("group"));
+    EXPECT_GE(streamed[0].at("datagrams"), 1);
+    EXPECT_EQ(0, program.End());
+}
+
+TEST_F(SimProgramTest, AcceptsCallsAndWritesWhatItHeardOnTheLine) {
+    Network().AddFieldAddresses({"192.168.8.99"});
+    const Station station;
+    Program program(Network(), "--rpk 5000@192.168.8.99 --accept-calls --status-period 0 --duration 0.5 --record wavs");
+    ASSERT_EQ("ready", Json::parse(program.Line()).at("event"));
+    station.Request("192.168.8.99", 5000, 0x0701, sim::Bytes(8));
+    EXPECT_EQ(0, station.AnswerPayload(0x8701).at(0));
+    EXPECT_EQ(1, station.AnswerPayload(0x8701).at(0));
+    sim::AdpcmState sender;
+    sim::UdpSocket::BoundTo({sim::kStationAddress, 29002}).Send(AudioBytes(0x12, sender), {"192.168.8.99", 29002});
+    const std::vector<Json> lines = program.RemainingLines();
+    EXPECT_EQ(0, program.End());
+    const std::vector<Json> intercom = Of(lines, "intercom");
+    ASSERT_EQ(1U, intercom.size());
+    EXPECT_EQ(5000, intercom[0].at("device"));
+    EXPECT_EQ(1, intercom[0].at("datagrams"));
+    ASSERT_EQ(1U, Of(lines, "wav").size());
+    EXPECT_EQ(2048, SndfileHandle("wavs/rpk5000-intercom.wav").frames());
 }
 
 TEST_F(SimProgramTest, TimeOverBeforeEnoughCloseAudioIsAFailure) {
