@@ -15,6 +15,8 @@
 namespace {
 
 constexpr useconds_t kBindWaitUs = 50'000;
+constexpr unsigned kLongestBindWaitMs = 1'000;
+constexpr long kBindPollMs = 1;
 constexpr unsigned kOrderlyEndWaitMs = 100;
 constexpr unsigned kOrderlyEndPollMs = 1;
 constexpr unsigned kActiveThreadsWaitMs = 4999;
@@ -63,7 +65,7 @@ int CK740ControlApp::Initialize() {
     m_lifetime.Begin();
     StartManagers();
     m_initialised = 1;
-    usleep(kBindWaitUs);
+    AwaitPorts();
     m_log.PushLog("", kLogInfo, std::string("SDK version ") + kSDKVersion);
     m_log.PushLog("", kLogInfo, "-------K740_Initialize()");
     return 0;
@@ -79,6 +81,15 @@ void CK740ControlApp::StartManagers() {
     StartEventThreads();
     // The hub comes last, so that no packet is dispatched to a manager that is not ready.
     m_communication.Initialization();
+}
+
+// On a busy machine the receivers may need longer than usual; what devices send until then would be lost.
+void CK740ControlApp::AwaitPorts() {
+    CQBTime waited;
+    waited.TimeStart();
+    usleep(kBindWaitUs);
+    const auto isSettled = [this] { return m_communication.ArePortsSettled() && m_talker.IsPortSettled(); };
+    while (!isSettled() && waited.TimeEnd() < kLongestBindWaitMs) { usTimer(kBindPollMs); }
 }
 
 bool CK740ControlApp::EnsureInitialized() {

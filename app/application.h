@@ -67,6 +67,7 @@ private:
     void PostChangedStatus(std::deque<tagZCU_QUERYSTATUS2>& previous);
     void StartManagers();
     void StartEventThreads();
+    void AwaitPorts();
     void AwaitOrderlyEnd();
     void AwaitActiveThreads();
 

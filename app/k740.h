@@ -146,7 +146,8 @@ typedef int (*PINTERCOMAUDIO)(int stationID, unsigned char* audio, int length);
 
 /**
  * Initialises the library: sets every setting to its default, creates "k740log", starts the library's threads and
- * opens UDP ports 28001 and 29001. Takes about 50 ms. A port that cannot be opened is reported in the log only.
+ * opens UDP ports 28001, 29001 and 29002. Takes about 50 ms, on a busy machine up to 1 s. A port that cannot be opened
+ * is reported in the log only.
  *
  * @return 0; -1 when the library has been initialised already, also after K740_Deinitialize
  */
@@ -279,7 +280,11 @@ K740_API int K740_AddDevice(int deviceID, int deviceType, const char* address);
  */
 K740_API int K740_GetDeviceVersion(int deviceID, char* text, int size);
 
-/** Forgets a device. @return 0; -1 when it is not registered */
+/**
+ * Forgets a device. A virtual zone controller stops playing, and push-to-talk audio of a paging station ends.
+ *
+ * @return 0; -1 when it is not registered
+ */
 K740_API int K740_RemoveDevice(int deviceID);
 
 /**

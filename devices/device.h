@@ -1,6 +1,7 @@
 // The device registry: every device that the host has registered.
 #pragma once
 
+#include "common/bounded_table.h"
 #include "common/device_types.h"
 #include "common/sem.h"
 
@@ -12,6 +13,7 @@
 #include <vector>
 
 class CK740ControlApp;
+class CQBTime;
 class CQBUDP;
 
 inline constexpr std::size_t kMaxDevices = 500;
@@ -30,6 +32,8 @@ struct tagDEVICE_INFO {
 /// Any thread may call anything; copies are handed out.
 class CDevice {
 public:
+    using PTTSetters = CBoundedTable<int, kMaxDevices>;
+
     explicit CDevice(CK740ControlApp& app) : m_app(app) {}
     virtual ~CDevice() = default;
 
@@ -73,7 +77,8 @@ private:
     std::string FindObstacle(int id, const std::string& ip) const K740_REQUIRES(m_lock);
     void Announce(int id, int type);
     bool HasZones(const std::vector<std::string>& pieces) const;
-    bool WaitUntilPTTMonitorEnded(int id);
+    /// Waits until a condition holds, as long as the change of a push-to-talk group may take in all.
+    template <typename Condition> bool WaitForPTT(const CQBTime& waited, Condition condition);
     bool Reject(const std::string& reason);
     /// @return read(device), or an empty result when the ID is not registered
     template <typename Read> auto Look(int id, Read read) const -> decltype(read(tagDEVICE_INFO{})) {
@@ -92,7 +97,7 @@ private:
     }
 
     CK740ControlApp& m_app;
-    CQBSem m_pttSetter; // one change of a push-to-talk group at a time; taken before every other lock
+    PTTSetters m_pttSetters; // stations whose group is being changed, each by one caller
     mutable CQBSem m_lock;
     std::vector<tagDEVICE_INFO> m_devices K740_GUARDED_BY(m_lock);
 };

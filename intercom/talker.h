@@ -30,6 +30,8 @@ public:
     void WakeThreads();
     /// @return whether the port of the audio is held or may still be opened
     bool HoldsPort() const { return m_receiver.HoldsPort(); }
+    /// @return whether that port has been bound, or it is clear that it will not be
+    bool IsPortSettled() const { return m_receiver.IsSettled(); }
 
     // Calls.
 

@@ -46,6 +46,8 @@ public:
     void WakeThreads();
     /// @return whether a receiver holds its port or may still open it
     bool HoldsPorts() const { return m_receiver28001.HoldsPort() || m_receiver29001.HoldsPort(); }
+    /// @return whether both ports have been bound, or it is clear that they will not be
+    bool ArePortsSettled() const { return m_receiver28001.IsSettled() && m_receiver29001.IsSettled(); }
     int State() const { return m_state; }
 
 private:

@@ -11,6 +11,7 @@ void CPortReceiver::Start() {
     m_shared.Expect();
     if (!StartThread(m_service.threadName, [this] { Run(); })) {
         m_shared.Withdraw([] {});
+        m_settled = true;
     }
 }
 
@@ -19,12 +20,14 @@ void CPortReceiver::Run() {
     if (!m_app.Lifetime().IsExiting()) {
         ContainExceptions([&] { ReceiveOn(socket); });
     }
+    m_settled = true;
     m_shared.Withdraw([&socket] { socket.Close(); });
 }
 
 void CPortReceiver::ReceiveOn(CQBUDP& socket) {
     const int descriptor = socket.create_udp_host(m_service.port);
     m_service.onBind(descriptor >= 0);
+    m_settled = true;
     if (descriptor < 0) {
         m_app.Log().PushLog("Player", kLogError, Format("Failed to bind udp port %d", m_service.port));
         return;

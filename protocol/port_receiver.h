@@ -6,6 +6,7 @@
 
 #include <netinet/in.h>
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 
@@ -44,6 +45,8 @@ public:
     void Wake() { m_shared.WakeOwner(); }
     /// @return whether the port is held or may still be opened
     bool HoldsPort() const { return m_shared.IsOpen(); }
+    /// @return whether the port has been bound, or it is clear that it will not be
+    bool IsSettled() const { return m_settled; }
 
 private:
     void Run();
@@ -53,4 +56,5 @@ private:
     CK740ControlApp& m_app;
     const PortService m_service;
     CSharedDescriptor m_shared;
+    std::atomic<bool> m_settled{false};
 };

@@ -52,6 +52,25 @@ struct RPKStatusCall {
     bool operator==(const RPKStatusCall& other) const { return values == other.values; }
 };
 
+struct TrainMessageCall {
+    int sourceID;
+    int deviceID;
+    int message;
+    std::chrono::steady_clock::time_point time{};
+
+    bool operator==(const TrainMessageCall& other) const {
+        return sourceID == other.sourceID && deviceID == other.deviceID && message == other.message;
+    }
+};
+
+struct TrainAudioCall {
+    int sourceID;
+    int taskID;
+    std::vector<unsigned char> audio;
+
+    bool operator==(const TrainAudioCall&) const = default;
+};
+
 /// The calls of one callback, in the order in which they came. Any thread.
 template <typename Call> class CallList {
 public:
@@ -84,6 +103,8 @@ struct RecordingHost {
     CallList<ZoneStatusCall> zoneStatus;
     CallList<VolumeCall> volumes;
     CallList<RPKStatusCall> rpkStatus;
+    CallList<TrainMessageCall> trainMessages;
+    CallList<TrainAudioCall> trainAudio;
 
     static RecordingHost& Get() {
         static auto* const host = new RecordingHost;
@@ -115,6 +136,14 @@ struct RecordingHost {
     }
     static int OnRPKStatus(int deviceID, int state, int activity, int wordA, int extra, int wordB) {
         Get().rpkStatus.Note({{deviceID, state, activity, wordA, extra, wordB}, std::chrono::steady_clock::now()});
+        return -1;
+    }
+    static int OnTrainMessage(int sourceID, int deviceID, int message) {
+        Get().trainMessages.Note({sourceID, deviceID, message, std::chrono::steady_clock::now()});
+        return -1;
+    }
+    static int OnTrainAudio(int sourceID, int taskID, unsigned char* audio, int length) {
+        Get().trainAudio.Note({sourceID, taskID, {audio, audio + length}});
         return -1;
     }
 };
