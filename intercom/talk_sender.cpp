@@ -85,7 +85,10 @@ void CTALKER::SendUntilOver(const Call& call) {
         usleep(kDatagramUs);
     }
     if (IsCurrent(call)) { RemoveTalkerAudio(call.intercomID); }
+    SendAudio(call, udp, packet);
+}
 
+void CTALKER::SendAudio(const Call& call, CQBUDP& udp, _vxa_data_packet_t_mcast& packet) {
     CWakeList::Entry pushed(m_senders);
     adpcm_state state{};
     alignas(4) std::array<short, kFrameSamples> frame{};

@@ -16,6 +16,8 @@
 
 class CAudioDecoder;
 class CK740ControlApp;
+class CQBUDP;
+struct _vxa_data_packet_t_mcast;
 
 /// Holds one call for each intercom (device type 10), whose peer is a paging station (device type 2), and carries its
 /// audio both ways. Any thread may call anything; the host is called without a lock held.
@@ -98,6 +100,7 @@ private:
     void StartSending(const Call& call);
     void ThreadSendAudioToRPK(const Call& call);
     void SendUntilOver(const Call& call);
+    void SendAudio(const Call& call, CQBUDP& udp, _vxa_data_packet_t_mcast& packet);
     bool IsCurrent(const Call& call) const;
     bool IsOver(const Call& call) const;
     void ThreadNotifyInercomAudio();

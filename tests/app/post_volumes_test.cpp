@@ -18,11 +18,11 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 tagZCU_GETVOLUME_V2 AnswerV2(std::uint32_t id, std::uint8_t valid = 1) {
-    return {valid, {0, 19, 255, 5}, {}, id, time(nullptr)};
+    return {{valid, {0, 19, 255, 5}, {}}, id, time(nullptr)};
 }
 
 tagZCU_GETVOLUME_V3 AnswerV3(std::uint32_t id, std::uint8_t valid = 1) {
-    return {valid, {0, 1, 18, 19, 20, 254, 255, 5, 6, 7}, 9, id, time(nullptr)};
+    return {{valid, {0, 1, 18, 19, 20, 254, 255, 5, 6, 7}, 9}, id, time(nullptr)};
 }
 
 const VolumeCall kCallV2{1, {19, 0, -1, 14, -1, -1, -1, -1}};

@@ -150,7 +150,7 @@ TEST_F(StatusDeliveryTest, CallbacksMayCallTheInterface) {
         nullptr);
     AddController(1, "192.168.1.20");
     ASSERT_EQ(0, K740_AddDevice(5000, 2, "192.168.8.99"));
-    g_app->ZCU().VolumesV2().Append({1, {}, {}, 1, 0});
+    g_app->ZCU().VolumesV2().Append({{1, {}, {}}, 1, 0});
     EXPECT_TRUE(WaitUntil([] { return g_callsBack >= 3; })); // status, zones and volumes
     g_app->PostRPKDeviceStatus(g_app->RPK().GetAllRPKStatus().at(0));
     EXPECT_TRUE(WaitUntil([] { return g_callsBack >= 4; }));

@@ -59,6 +59,13 @@ inline int MembersOf(const std::string& group) {
     return found == members.end() ? 0 : found->second;
 }
 
+/// In all groups, the membership included that every interface has of itself.
+inline int CountMembers() {
+    int total = 0;
+    for (const auto& [group, users] : GroupMembers()) { total += users; }
+    return total;
+}
+
 struct Leftovers {
     std::ptrdiff_t threads = CountThreads();
     std::ptrdiff_t descriptors = CountDescriptors();

@@ -6,9 +6,9 @@
 #include "sim/host_program.h"
 #include "sim/wav_match.h"
 #include "tests/app/recording_host.h"
+#include "tests/support/leftovers.h"
 #include "tests/support/private_network_fixture.h"
 #include "tests/support/sdk_log.h"
-#include "tests/zcu/memberships.h"
 #include "tests/zcu/second_station.h"
 
 #include <gmock/gmock.h>
@@ -72,9 +72,9 @@ protected:
 };
 
 TEST_F(SecondStationTest, TheVirtualControllerPlaysWhatTheOtherStationBroadcasts) {
-    const std::size_t before = CountMemberships();
+    const int before = CountMembers();
     ASSERT_TRUE(WaitUntil([] { return !Messages().empty(); }));
-    ASSERT_TRUE(WaitUntil([=] { return CountMemberships() == before + 1; }));
+    ASSERT_TRUE(WaitUntil([=] { return CountMembers() == before + 1; }));
     LetPlay();
     std::optional<int> status;
     ASSERT_TRUE(WaitUntil([&] { return (status = m_second->ExitStatus()).has_value(); }));

@@ -123,7 +123,7 @@ TEST_F(VirtualAudioTest, TheEndOfStreamEndsPlayingAfterTheAudioBeforeIt) {
     EXPECT_TRUE(WaitForMessage(2));
     EXPECT_EQ(audio.decoded, AudioOf(RecordingHost::Get().trainAudio.All()));
     EXPECT_TRUE(WaitForExit("receive multicast exit"));
-    EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 0; }));
+    EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 0; }));
 }
 
 TEST_F(VirtualAudioTest, TheEndOfStreamForAnotherControllerEndsItToo) {
@@ -138,7 +138,7 @@ TEST_F(VirtualAudioTest, AfterTheEndItPlaysAgain) {
     Play();
     m_client.SendEndOfStream(kGroup, kVirtual);
     EXPECT_TRUE(WaitForMessage(2));
-    EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 0; }));
+    EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 0; }));
     Play();
     Send(audio.datagrams);
     EXPECT_EQ(audio.decoded, AudioOf(WaitForAudio(2)));
@@ -151,7 +151,7 @@ TEST_F(VirtualAudioTest, CloseAudioOfTheTaskEndsIt) {
     EXPECT_TRUE(WaitForExactLine(
         "-----Virutla ZCU receive a close audio request, ZCU 900, source device 9600, task 1001, 192.168.4.1"));
     EXPECT_TRUE(WaitForExit("ZCU has none task"));
-    EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 0; }));
+    EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 0; }));
 }
 
 TEST_F(VirtualAudioTest, CloseAudioOfAnotherTaskOrFromAnotherDeviceIsOnlyLogged) {
@@ -181,7 +181,7 @@ TEST_F(VirtualAudioTest, DeinitializeEndsIt) {
     Play();
     EXPECT_EQ(0, K740_Deinitialize());
     EXPECT_TRUE(WaitForMessage(2));
-    EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 0; }));
+    EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 0; }));
 }
 
 // The second request.
@@ -192,7 +192,7 @@ TEST_F(VirtualAudioTest, ASecondRequestMovesItToTheNewTask) {
     Play(PlayRequestOf(kTask + 1, kOtherGroup));
     EXPECT_TRUE(WaitForMessage(2));
     EXPECT_TRUE(WaitForExit("ZCU has none task"));
-    EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 0; }));
+    EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 0; }));
     Send(CodedAudio(341, 2).datagrams); // to the group that was left
     Send(audio.datagrams, kOtherGroup);
     EXPECT_EQ(audio.decoded, AudioOf(WaitForAudio(2), kTask + 1));
@@ -205,7 +205,7 @@ TEST_F(VirtualAudioTest, TheSameRequestAgainDoublesNoAudio) {
     Play();
     EXPECT_TRUE(WaitForMessage(2));
     EXPECT_TRUE(WaitForExit("ZCU has none task"));
-    EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 1; }));
+    EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 1; }));
     Send(audio.datagrams);
     m_client.SendEndOfStream(kGroup, kVirtual);
     EXPECT_TRUE(WaitForMessage(2, 2));
@@ -229,7 +229,7 @@ TEST_F(VirtualAudioTest, TwoControllersPlayTheSameTaskAndEndOneByOne) {
     EXPECT_THAT(g_app->ZCU().GetTaskZCU(kClient, kTask), ElementsAre(kVirtual, kOtherVirtual));
     m_client.CloseAudio(kVirtual, kTask);
     EXPECT_TRUE(WaitForMessage(2));
-    EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 1; }));
+    EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 1; }));
     Send(audio.datagrams);
     EXPECT_EQ(audio.decoded, AudioOf(WaitForAudio(1)));
     EXPECT_EQ(0U, CountMessages(2, kOtherVirtual));

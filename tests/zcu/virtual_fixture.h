@@ -5,9 +5,9 @@
 #include "app/k740.h"
 #include "sim/client.h"
 #include "tests/app/recording_host.h"
+#include "tests/support/leftovers.h"
 #include "tests/support/private_network_fixture.h"
 #include "tests/support/sdk_log.h"
-#include "tests/zcu/memberships.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -72,7 +72,7 @@ protected:
         const std::size_t before = CountMessages(1, controller);
         m_client.RequestPlay(static_cast<std::uint32_t>(controller), request);
         ASSERT_TRUE(WaitForMessage(1, before + 1, controller));
-        ASSERT_TRUE(WaitUntil([&] { return CountMemberships(request.group) > 0; }));
+        ASSERT_TRUE(WaitUntil([&] { return MembersOf(request.group) > 0; }));
     }
     /// Waits for that many of a command at the client. @return the last of these
     [[nodiscard]] std::optional<sim::Event> WaitForAnswer(std::uint16_t command, std::size_t count = 1) const {

@@ -85,7 +85,7 @@ TEST_F(VirtualHostileAudioTest, AnEndOfStreamOfAnyLengthIsOneFromTheTypeOn) {
     for (const std::size_t length : {16U, 17U, 18U, 539U, 540U, 1051U, 1052U, 4124U, 5119U, 5120U}) {
         m_client.SendRaw(Hostile(sim::kEndOfStreamType, length), kGroup);
         EXPECT_TRUE(WaitForMessage(2, ++ends)) << length;
-        EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 0; }));
+        EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 0; }));
         Play();
     }
 }

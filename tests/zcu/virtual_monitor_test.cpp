@@ -37,7 +37,7 @@ TEST_F(VirtualMonitorTest, ZoneOneIsMonitoredWhileItPlays) {
     K740_SetDeviceCallback(nullptr, nullptr, nullptr, nullptr, NoteMonitored, nullptr, nullptr);
     Play(PlayRequestOf(), 902);
     ASSERT_EQ(0, K740_MonitorZone(902, 1, 1));
-    ASSERT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 2; }));
+    ASSERT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 2; }));
     sim::AudioEncoder encoder(kClient, 1, 341);
     m_client.SendRaw(sim::Pack(encoder.Encode(Noise(encoder.SamplesPerDatagram()))), kGroup);
     const auto isThere = [](const TrainAudioCall&) { return true; };

@@ -100,7 +100,7 @@ TEST_F(VirtualRequestTest, ItAcceptsWithoutCallbacksToo) {
     K740_SetTrainCallback(nullptr, nullptr);
     m_client.RequestPlay(kVirtual, PlayRequestOf());
     EXPECT_TRUE(WaitForAnswer(0x8206));
-    EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 1; }));
+    EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 1; }));
     m_client.CloseZones(kVirtual, 0xFF);
     EXPECT_TRUE(WaitForExactLine("Exit player for ZCU has none task, virtual ZCU 900"));
 }

@@ -36,7 +36,7 @@ TEST_F(VirtualSilenceTest, FiveSecondsWithoutADatagramEndPlayingAndAnyDatagramCo
     EXPECT_LT(TimeToEnd(), 6000ms);
     EXPECT_TRUE(WaitForExactLine("Exit player for receive multicast audio timeout over 5s, virtual ZCU 900"));
     EXPECT_TRUE(g_app->ZCU().GetTaskZCU(kClient, kTask) == std::vector<int>{kOtherVirtual});
-    EXPECT_TRUE(WaitUntil([] { return CountMemberships(kGroup.ip) == 0; }));
+    EXPECT_TRUE(WaitUntil([] { return MembersOf(kGroup.ip) == 0; }));
 
     m_client.SendEndOfStream(kOtherGroup, kOtherVirtual);
     EXPECT_TRUE(WaitForMessage(2, 1, kOtherVirtual));

@@ -21,7 +21,7 @@ using Clock = std::chrono::steady_clock;
 struct Held {
     int threads = RunningThreads();
     std::ptrdiff_t descriptors = CountDescriptors();
-    std::size_t memberships = CountMemberships();
+    int memberships = CountMembers();
 
     bool operator==(const Held&) const = default;
 };
