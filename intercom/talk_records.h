@@ -49,6 +49,7 @@ struct _talk_answer_t {
 #pragma pack(pop)
 
 inline constexpr std::size_t kRPKAudioBytes = 1300;
+inline constexpr std::size_t kMaxReceivedAudio = 10'000;
 
 /// A received audio datagram: cut when it is longer, zero beyond its end.
 struct tagINTERCOM_RPK_AUDIO {

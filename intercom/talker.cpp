@@ -10,6 +10,7 @@
 
 namespace {
 
+constexpr int kReceivedQueue = 1; // the one user of its slot
 constexpr unsigned kMaintainPauseMs = 200;
 constexpr unsigned kEmptyReceivePauseMs = 5;
 constexpr unsigned kIdleNotifierMs = 1'000; // a datagram and the shutdown end the wait at once
@@ -20,7 +21,9 @@ CTALKER::CTALKER(CK740ControlApp& app)
     : m_app(app), m_receiver(app, {kIntercomPort, "k740-rx29002", kEmptyReceivePauseMs, [](bool) {},
                                    [this](const ReceiveBuffer& buffer, std::size_t length, const sockaddr_in&) {
                                        return NewIntercomRPKAudio(buffer.Bytes(), length) == 0;
-                                   }}) {}
+                                   }}) {
+    m_received.New(kReceivedQueue, kMaxReceivedAudio * kRPKAudioBytes);
+}
 
 void CTALKER::Initialization() {
     StartThread("k740-talker", [this] {
@@ -39,15 +42,18 @@ void CTALKER::WakeThreads() {
 int CTALKER::NewIntercomRPKAudio(const unsigned char* data, std::size_t length) {
     tagINTERCOM_RPK_AUDIO datagram{};
     std::memcpy(datagram.data, data, std::min(length, sizeof(datagram.data)));
-    m_received.Append(datagram);
+    while (!m_received.Push(kReceivedQueue, datagram.data, sizeof(datagram.data))) {
+        tagINTERCOM_RPK_AUDIO oldest;
+        if (GetFirstIntercomRPKAudio(oldest) != 0) { return -1; } // there is no memory at all
+    }
     m_audioReceived.Raise();
     return 0;
 }
 
 int CTALKER::GetFirstIntercomRPKAudio(tagINTERCOM_RPK_AUDIO& out) {
-    const auto oldest = m_received.TakeOldest();
-    out = oldest.value_or(tagINTERCOM_RPK_AUDIO{});
-    return oldest ? 0 : -1;
+    if (m_received.Take(kReceivedQueue, out.data, sizeof(out.data))) { return 0; }
+    out = {};
+    return -1;
 }
 
 // One decoder serves all stations and is never reset: each datagram leaves the state that its sender's next one needs.

@@ -70,7 +70,7 @@ public:
     int GetTalkerAudio(int intercomID, unsigned char* out, std::size_t length);
     /// @return 0; -1 when nothing was queued
     int RemoveTalkerAudio(int intercomID);
-    /// Queues a received datagram.
+    /// Queues a received datagram; the oldest goes when kMaxReceivedAudio are waiting. @return 0; -1 without memory
     int NewIntercomRPKAudio(const unsigned char* data, std::size_t length);
     /// @param out  the oldest queued datagram, zeroes when there is none. @return 0; -1 then
     int GetFirstIntercomRPKAudio(tagINTERCOM_RPK_AUDIO& out);
@@ -109,8 +109,8 @@ private:
     CK740ControlApp& m_app;
     CBoundedTable<tagTALK_STATUS, 1024> m_calls;
     CTalkStreams m_streams;
-    CQBSem m_callLock; // reading a status, deciding and writing it are one step; taken before the table's lock
-    CBoundedTable<tagINTERCOM_RPK_AUDIO, 10'000> m_received;
+    CQBSem m_callLock;      // reading a status, deciding and writing it are one step; taken before the table's lock
+    CStreamSlot m_received; // whole tagINTERCOM_RPK_AUDIO, at most kMaxReceivedAudio
     CWakeSignal m_audioReceived;
     CWakeList m_senders;
     CPortReceiver m_receiver;

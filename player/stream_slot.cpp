@@ -8,7 +8,8 @@
 
 namespace {
 constexpr std::size_t kMoveToFrontBytes = 4096;
-}
+constexpr std::size_t kKeptBytes = 65'536; // of whole pages, whatever their size
+} // namespace
 
 CStreamSlot::~CStreamSlot() {
     const CQBSemLocker lock(&m_lock);
@@ -37,6 +38,7 @@ void CStreamSlot::FreeLocked() {
     m_capacity = 0;
     m_head = 0;
     m_fill = 0;
+    m_touched = 0;
     m_taskID = 0;
 }
 
@@ -68,6 +70,7 @@ void CStreamSlot::CopyIn(const unsigned char* data, std::size_t length) {
     const std::size_t untilEnd = std::min(length, m_capacity - tail);
     std::memcpy(m_data + tail, data, untilEnd);
     std::memcpy(m_data, data + untilEnd, length - untilEnd);
+    m_touched = std::max(m_touched, untilEnd < length ? m_capacity : tail + length);
 }
 
 void CStreamSlot::CopyOut(unsigned char* out, std::size_t length) const {
@@ -82,6 +85,12 @@ void CStreamSlot::MoveToFront() {
     CopyOut(rest.data(), m_fill);
     m_head = 0;
     if (m_fill > 0) { std::memcpy(m_data, rest.data(), m_fill); }
+    if (m_touched > kKeptBytes) { GiveBackBacklog(); }
+}
+
+void CStreamSlot::GiveBackBacklog() {
+    madvise(m_data + kKeptBytes, m_touched - kKeptBytes, MADV_DONTNEED);
+    m_touched = kKeptBytes;
 }
 
 std::size_t CStreamSlot::Fill(int taskID) const {

@@ -1,15 +1,16 @@
-// A bounded byte queue of one task's audio at one rate.
+// A bounded byte queue: one task's audio at one rate, an intercom's audio, received datagrams.
 #pragma once
 
 #include "common/sem.h"
 
 #include <cstddef>
 
-/// FIFO of bytes that belongs to one task at a time. A chunk goes in whole or not at all.
+/// FIFO of bytes that belongs to one task, or another user with an ID, at a time. A chunk goes in whole or not at all.
 ///
 /// A ring in memory that the system hands out page by page as it is first touched (mmap(2)): capacity that is not used
 /// costs nothing, and a push costs the same however much is waiting. What little is left after a take moves to the
-/// front, so that a stream that keeps up stays on the same few pages.
+/// front, so that a stream that keeps up stays on the same few pages; those of a backlog go back to the system then
+/// (madvise(2)).
 ///
 /// Push and Take do nothing for a task that is not the slot's.
 class CStreamSlot {
@@ -43,6 +44,7 @@ private:
     void CopyIn(const unsigned char* data, std::size_t length) K740_REQUIRES(m_lock);
     void CopyOut(unsigned char* out, std::size_t length) const K740_REQUIRES(m_lock);
     void MoveToFront() K740_REQUIRES(m_lock);
+    void GiveBackBacklog() K740_REQUIRES(m_lock);
     void FreeLocked() K740_REQUIRES(m_lock);
 
     mutable CQBSem m_lock;
@@ -51,4 +53,5 @@ private:
     std::size_t m_capacity K740_GUARDED_BY(m_lock) = 0;
     std::size_t m_head K740_GUARDED_BY(m_lock) = 0;
     std::size_t m_fill K740_GUARDED_BY(m_lock) = 0;
+    std::size_t m_touched K740_GUARDED_BY(m_lock) = 0; // bytes from the front that have been written to
 };

@@ -1,9 +1,6 @@
 // What tasks cost that broadcast nothing. Not built with sanitizers, whose own memory would be measured.
 #include "tests/player/broadcast_fixture.h"
-
-#include <unistd.h>
-
-#include <fstream>
+#include "tests/support/process_state.h"
 
 namespace k740::test {
 namespace {
@@ -12,14 +9,6 @@ using IdleMemoryTest = BroadcastTest;
 
 constexpr int kTasks = 200;
 constexpr long kMostBytes = 16L * 1024 * 1024;
-
-/// @return bytes of this process that are in memory (proc(5), statm)
-long ResidentBytes() {
-    long size = 0;
-    long resident = 0;
-    std::ifstream("/proc/self/statm") >> size >> resident;
-    return resident * sysconf(_SC_PAGESIZE);
-}
 
 TEST_F(IdleMemoryTest, TwoHundredBroadcastingTasksTakeLessThan16Megabytes) {
     Reply(sim::PlayReply::AcceptWithoutJoin);
@@ -50,6 +39,20 @@ TEST_F(IdleMemoryTest, AStreamThatKeepsUpStaysOnTheSamePages) {
     const long before = ResidentBytes();
     push(500); // 2 MB, more than the whole slot
     EXPECT_LT(ResidentBytes() - before, 1024 * 1024);
+}
+
+TEST(StreamSlotMemoryTest, ABacklogThatHasBeenTakenGoesBackToTheSystem) {
+    constexpr std::size_t kBytes = 4UL * 1024 * 1024;
+    std::vector<unsigned char> chunk(4096, 0x11);
+    CStreamSlot slot;
+    ASSERT_TRUE(slot.New(kTask, kBytes));
+    const long before = ResidentBytes();
+    for (int round = 0; round < 3; ++round) { // from the front, then around the end
+        while (slot.Push(kTask, chunk.data(), chunk.size())) {}
+        EXPECT_GT(ResidentBytes() - before, static_cast<long>(kBytes) * 9 / 10);
+        while (slot.Take(kTask, chunk.data(), chunk.size())) {}
+        EXPECT_LT(ResidentBytes() - before, static_cast<long>(kBytes) / 10);
+    }
 }
 
 } // namespace

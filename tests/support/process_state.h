@@ -5,10 +5,12 @@
 
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 
 namespace k740::test {
@@ -24,6 +26,14 @@ inline bool IsPortFree(std::uint16_t port) {
 
 inline std::ptrdiff_t CountDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+/// @return bytes of this process that are in memory (proc(5), statm)
+inline long ResidentBytes() {
+    long size = 0;
+    long resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident * sysconf(_SC_PAGESIZE);
 }
 
 } // namespace k740::test
