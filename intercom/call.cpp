@@ -1,8 +1,6 @@
 // Intercom calls: what stations signal and what the host asks for.
 #include "app/application.h"
 #include "common/format.h"
-#include "common/timer_wait.h"
-#include "common/worker.h"
 #include "intercom/talker.h"
 #include "protocol/commands.h"
 
