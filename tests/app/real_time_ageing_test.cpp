@@ -51,7 +51,7 @@ TEST_F(RealTimeAgeingTest, DevicesThatFallSilentAreOffLineAfterAMinute) {
     m_start = SteadyClock::now();
     controller.SendStatus(controller.QuietStatus());
     station.SendStatus(sim::PagingStatus{});
-    ASSERT_TRUE(WaitUntil([] { return ControllerStatus() != 255 && StationState() != 255; }));
+    ASSERT_TRUE(WaitUntil([] { return ControllerStatus() == 1 && StationState() == 1; }));
 
     EXPECT_TRUE(WaitUntil([] { return ControllerStatus() == 255 && StationState() == 255; }, kPatience));
     EXPECT_GT(Passed(), 60s);

@@ -24,7 +24,9 @@ protected:
     /// The thread that receives the station's audio ends before the application does.
     ~PTTGroupTest() override {
         m_devices.UpdateRPKMulticastIP(kStation, "");
-        EXPECT_TRUE(WaitUntil([] { return RunningThreads() == 0; }));
+        // The flag is there before the thread runs, and goes before it ends.
+        const auto hasEnded = [this] { return m_app->RPK().GetMonitorPTTFlag(kStation) == 0 && RunningThreads() == 0; };
+        EXPECT_TRUE(WaitUntil(hasEnded));
     }
 };
 
