@@ -63,6 +63,7 @@ TEST_F(PTTGroupTest, IsClearedWhenTheFormerOneIsNotLeftWithinThreeSeconds) {
     EXPECT_GE(watch.TimeEnd(), 3000U);
     EXPECT_LT(watch.TimeEnd(), 4000U);
     EXPECT_EQ("", m_devices.GetRPKPTTMulticastIP(kStation));
+    m_app->RPK().RemoveMonitorPTTFlag(kStation);
 }
 
 TEST_F(PTTGroupTest, IsSetAsSoonAsTheFormerOneIsLeft) {
