@@ -5,9 +5,8 @@
 #include "demo/options.h"
 #include "demo/playback.h"
 
-#include <unistd.h>
-
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <thread>
@@ -21,7 +20,7 @@ constexpr int kStation = 5000;
 constexpr int kVirtualController = 900;
 constexpr int kOtherVirtualController = 901;
 constexpr int kIntercom = 5500;
-constexpr unsigned kPauseSeconds = 5;
+constexpr std::chrono::seconds kPause{5};
 
 CQBSem g_sem; // taken once by main and never given back
 int g_trainStatus = 1;
@@ -30,7 +29,7 @@ void ThreadTrainStatus() {
     while (true) {
         K740_SetTrainStatus(kVirtualController, g_trainStatus);
         K740_SetTrainStatus(kOtherVirtualController, g_trainStatus);
-        sleep(kPauseSeconds);
+        std::this_thread::sleep_for(kPause);
     }
 }
 
@@ -58,10 +57,11 @@ void RegisterDevices() {
     K740_AddDevice(kIntercom, 10, "");
 }
 
-/// Sleeps, 5 s at a time. @param seconds  0: for ever
-void SleepOut(unsigned seconds) {
-    for (unsigned slept = 0; seconds == 0 || slept < seconds; slept += kPauseSeconds) {
-        sleep(seconds == 0 ? kPauseSeconds : std::min(kPauseSeconds, seconds - slept));
+/// Sleeps, 5 s at a time. @param length  0: for ever
+void SleepOut(std::chrono::seconds length) {
+    const std::chrono::seconds forEver{0};
+    for (std::chrono::seconds slept{0}; length == forEver || slept < length; slept += kPause) {
+        std::this_thread::sleep_for(length == forEver ? kPause : std::min(kPause, length - slept));
     }
 }
 
@@ -86,6 +86,6 @@ int main(int argc, char** argv) {
     std::thread(ThreadTrainStatus).detach();
     std::thread(ThreadPlay1).detach();
     K740_MonitorZone(kFirstController, 1, 1);
-    SleepOut(static_cast<unsigned>(Options().durationSeconds));
+    SleepOut(std::chrono::seconds(Options().durationSeconds));
     return K740_Deinitialize();
 }

@@ -5,10 +5,10 @@
 #include "demo/looped_file.h"
 #include "player/pacing.h"
 
-#include <unistd.h>
-
 #include <array>
+#include <chrono>
 #include <cstdio>
+#include <thread>
 
 namespace {
 
@@ -18,7 +18,8 @@ constexpr int kRecovery = 1;
 constexpr int kAccepted = 1;
 constexpr int kBlocksPerReport = 50;
 constexpr unsigned kBlockMs = 20;
-constexpr useconds_t kPollUs = 20'000;
+constexpr std::chrono::milliseconds kPoll{20};
+constexpr std::chrono::seconds kBeforeStart{1};
 constexpr int kIntercom = 5500;
 constexpr std::size_t kBlockBytes = 1764;         // 20 ms at 44.1 kHz
 constexpr std::size_t kIntercomBlockBytes = 3528; // 40 ms
@@ -53,7 +54,7 @@ private:
 int AwaitTask(int task) {
     int status = kAccepted;
     while (status == kAccepted) {
-        usleep(kPollUs);
+        std::this_thread::sleep_for(kPoll);
         status = K740_GetTaskStatus(task);
     }
     return status;
@@ -68,7 +69,7 @@ DemoOptions& Options() {
 
 void ThreadPlay1() {
     constexpr int kTask = 1001;
-    sleep(1);
+    std::this_thread::sleep_for(kBeforeStart);
     const int result = K740_StartAudioStreamTask(kTask, kVolume, kPriority, kRecovery, "002101", 0);
     if (result != 0) {
         std::printf("failed to start:%d, %d\n", kTask, result);
@@ -97,7 +98,7 @@ void ThreadPlay1() {
 
 void ThreadPlay2() {
     constexpr int kTask = 1002;
-    sleep(1);
+    std::this_thread::sleep_for(kBeforeStart);
     if (K740_StartAudioStreamTask(kTask, kVolume, kPriority, kRecovery, "038401", 0) != 0) { return; }
     if (AwaitTask(kTask) < kAccepted) { return; }
     LoopedFile file(kSecondTaskFile);
