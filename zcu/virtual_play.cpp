@@ -68,27 +68,27 @@ void CZCU::ThreadResponsePlayTask(const _vxa_cmd_packet_t& packet, const std::st
     AnswerAsVirtual(packet, senderIP, kCmdJoinMulticastReport, MakeJoinReport(packet.sourceID, request));
     play.instance = StartPlaying(play.source, play.virtualZCU, request);
     m_app.Lifetime().Pause(kReceiverPauseMs);
-    if (!StartThread("k740-vzcu-audio", [this, play] { ThreadRecvMulticastAudio(play); })) {
-        m_app.Log().PushLog("", kLogError, Format("No thread for the audio, virtual ZCU %d", play.virtualZCU));
-    }
+    const bool started = StartThread("k740-vzcu-audio", [this, play] { ThreadRecvMulticastAudio(play); });
     m_app.Callbacks().TrainMessage(play.source, play.virtualZCU, kPlayBegins);
+    if (!started) { ThreadRecvMulticastAudio(play); } // this thread serves as well
 }
 
 void CZCU::ThreadRecvMulticastAudio(const VirtualPlay& play) {
     CGroupReceiver receiver(m_app);
-    receiver.Join(ConvertIPToString(play.multicastIP), static_cast<int>(play.multicastPort));
-    ContainExceptions([&] { ReceiveUntilOver(play, receiver); });
+    ContainExceptions([&] {
+        receiver.Join(ConvertIPToString(play.multicastIP), static_cast<int>(play.multicastPort));
+        ReceiveUntilOver(play, receiver);
+    });
+    // However it ended, the controller is idle unless it plays something else by now.
+    StopPlaying(play.virtualZCU, [&] {
+        return m_taskZones.RemoveInstance(play.source, play.task, play.virtualZCU, play.instance) == 1;
+    });
     m_app.Callbacks().TrainMessage(play.source, play.virtualZCU, kPlayEnds);
 }
 
 void CZCU::ReceiveUntilOver(const VirtualPlay& play, CGroupReceiver& receiver) {
     const auto leave = [&](const char* reason) {
         m_app.Log().PushLog("", kLogInfo, Format("%s, virtual ZCU %d", reason, play.virtualZCU));
-    };
-    const auto stop = [&] {
-        StopPlaying(play.virtualZCU, [&] {
-            return m_taskZones.RemoveInstance(play.source, play.task, play.virtualZCU, play.instance) == 1;
-        });
     };
     CQBTime sinceLook;
     CQBTime sinceDatagram;
@@ -102,16 +102,12 @@ void CZCU::ReceiveUntilOver(const VirtualPlay& play, CGroupReceiver& receiver) {
             }
         }
         if (sinceDatagram.TimeEnd() > kSilenceMs) {
-            stop();
             return leave("Exit player for receive multicast audio timeout over 5s");
         }
         const int length = receiver.Receive();
         if (length == kNothingReceived) { continue; }
         sinceDatagram.TimeStart();
-        if (length == kEndOfStreamReceived) {
-            stop();
-            return leave("Exit player for receive multicast exit");
-        }
+        if (length == kEndOfStreamReceived) { return leave("Exit player for receive multicast exit"); }
         if (length > 0) { m_app.Callbacks().TrainAudio(play.source, play.task, {receiver.Audio(), length}); }
     }
 }
