@@ -3,6 +3,7 @@
 #include "sim/audio_encoder.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace k740::sim {
 namespace {
@@ -43,8 +44,8 @@ struct AudioSource::Progress {
     Clock::time_point due = Clock::now();
 };
 
-AudioSource::AudioSource(Reactor& reactor, const UdpSocket& socket, std::uint32_t device)
-    : m_reactor(reactor), m_socket(socket), m_device(device) {}
+AudioSource::AudioSource(Reactor& reactor, const UdpSocket& socket, std::uint32_t device, OnChange onChange)
+    : m_reactor(reactor), m_socket(socket), m_device(device), m_onChange(std::move(onChange)) {}
 
 AudioSource::~AudioSource() = default;
 
@@ -54,14 +55,22 @@ void AudioSource::Start(const Endpoint& receiver, const AudioStream& stream) {
     }
     m_reactor.Run([&] {
         const auto progress = std::make_shared<Progress>(receiver, stream, m_device);
-        m_progress.reset();
+        End();
         m_sent = 0;
         if (!progress->IsOver()) { SendNext(progress); }
     });
 }
 
 void AudioSource::Stop() {
-    m_reactor.Run([&] { m_progress.reset(); });
+    m_reactor.Run([&] { End(); });
+}
+
+void AudioSource::End() {
+    if (const auto ended = std::exchange(m_progress, nullptr)) { Tell(false, ended->receiver); }
+}
+
+void AudioSource::Tell(bool begins, const Endpoint& receiver) const {
+    if (m_onChange) { m_onChange(begins, receiver, m_sent); }
 }
 
 bool AudioSource::IsStreaming() const {
@@ -82,8 +91,9 @@ void AudioSource::SendNext(const std::shared_ptr<Progress>& progress) {
         m_socket.Send(datagram, progress->receiver);
         ++m_sent;
     }
-    if (progress->IsOver()) { return m_progress.reset(); }
     m_progress = progress;
+    if (progress->made == 1) { Tell(true, progress->receiver); }
+    if (progress->IsOver()) { return End(); }
     progress->due += progress->stream.period;
     m_reactor.At(progress->due, [this, life = std::weak_ptr(progress)] {
         if (const auto current = life.lock()) { SendNext(current); }

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -30,9 +31,13 @@ struct AudioStream {
 /// and have taken effect when they return.
 class AudioSource {
 public:
-    /// @param socket  from which it sends; outlives the source
-    /// @param device  ID of the device, for the header
-    AudioSource(Reactor& reactor, const UdpSocket& socket, std::uint32_t device);
+    /// Called when a stream has begun and when it has ended, with the datagrams sent so far.
+    using OnChange = std::function<void(bool begins, const Endpoint& receiver, std::size_t sent)>;
+
+    /// @param socket    from which it sends; outlives the source
+    /// @param device    ID of the device, for the header
+    /// @param onChange  reactor's thread
+    AudioSource(Reactor& reactor, const UdpSocket& socket, std::uint32_t device, OnChange onChange = {});
     ~AudioSource();
     AudioSource(const AudioSource&) = delete;
     AudioSource& operator=(const AudioSource&) = delete;
@@ -51,10 +56,13 @@ private:
     struct Progress;
 
     void SendNext(const std::shared_ptr<Progress>& progress);
+    void Tell(bool begins, const Endpoint& receiver) const;
+    void End();
 
     Reactor& m_reactor;
     const UdpSocket& m_socket;
     const std::uint32_t m_device;
+    const OnChange m_onChange;
 
     // Of the reactor's thread.
     std::shared_ptr<Progress> m_progress; // of the present stream; timers look whether it is still there

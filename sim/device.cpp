@@ -9,7 +9,7 @@ namespace k740::sim {
 Device::Device(const Surroundings& surroundings, std::uint32_t id, const std::string& address,
                const std::vector<std::uint16_t>& furtherPorts)
     : m_surroundings(surroundings), m_id(id), m_address(address), m_listeners(Listen(address, furtherPorts)),
-      m_source(surroundings.reactor, Socket(), id) {
+      m_source(surroundings.reactor, Socket(), id, StreamNoter(kRequestPort)) {
     for (const Listener& listener : m_listeners) {
         m_surroundings.reactor.Watch(listener.socket.Descriptor(), [this, &listener] { ReceiveAll(listener); });
     }
@@ -29,6 +29,7 @@ std::vector<Device::Listener> Device::Listen(const std::string& address,
 
 void Device::ReceiveAll(const Listener& listener) {
     while (const auto datagram = listener.socket.Receive()) {
+        if (!m_power) { continue; }
         const auto packet = Unpack(datagram->bytes);
         const bool lost = packet && m_faults.Loses(packet->command);
         Note({datagram->arrival,
@@ -49,6 +50,7 @@ void Device::Take(const Packet& packet, const Datagram& datagram) {
 
 void Device::SendRaw(ByteView bytes, const Endpoint& receiver) {
     m_surroundings.reactor.Run([&] {
+        if (!m_power) { return; }
         // Before the send, so that its consequences are noted after it.
         Note({Clock::now(), Event::Kind::Sent, m_id, kRequestPort, receiver, Bytes(bytes.begin(), bytes.end()), {}});
         Socket().Send(bytes, receiver);
@@ -65,6 +67,21 @@ void Device::SendToStation(std::uint16_t command, std::uint32_t destination, Byt
 
 void Device::SetVersion(const Version& version) {
     OnReactor().Run([&] { m_version = version; });
+}
+
+void Device::SetPower(bool on) {
+    OnReactor().Run([&] {
+        if (std::exchange(m_power, on) == on) { return; }
+        if (on) { return RegainPower(); }
+        StopStreams();
+        LosePower();
+    });
+}
+
+bool Device::HasPower() const {
+    bool power = false;
+    OnReactor().Run([&] { power = m_power; });
+    return power;
 }
 
 void Device::SetAnswerFault(const AnswerFault& fault) {
@@ -101,10 +118,12 @@ void Device::After(std::chrono::milliseconds delay, std::function<void()> work) 
     });
 }
 
-void Device::Repeat(std::chrono::milliseconds period, const std::function<void()>& work) {
+void Device::Repeat(std::chrono::milliseconds period, const std::function<void()>& work,
+                    std::chrono::milliseconds firstDelay) {
     m_surroundings.reactor.Run([&] {
-        ++m_repetition;
-        if (period.count() > 0) { RunRepeated(m_repetition, period, work); }
+        const unsigned generation = ++m_repetition;
+        if (period.count() == 0) { return; }
+        After(firstDelay, [=, this] { RunRepeated(generation, period, work); });
     });
 }
 
@@ -112,6 +131,19 @@ void Device::RunRepeated(unsigned generation, std::chrono::milliseconds period, 
     if (generation != m_repetition) { return; }
     work();
     After(period, [=, this] { RunRepeated(generation, period, work); });
+}
+
+AudioSource::OnChange Device::StreamNoter(std::uint16_t port) {
+    return [this, port](bool begins, const Endpoint& receiver, std::size_t sent) {
+        Event event;
+        event.time = Clock::now();
+        event.kind = begins ? Event::Kind::StreamBegins : Event::Kind::StreamEnds;
+        event.device = m_id;
+        event.port = port;
+        event.peer = receiver;
+        event.audio = AudioCounts{0, 0, sent, 0, {}};
+        Note(std::move(event));
+    };
 }
 
 void Device::Note(Event event) {

@@ -51,6 +51,11 @@ public:
 
     void SetVersion(const Version& version);
 
+    /// A device without power hears nothing and sends nothing, and what it streamed has ended. It has power, unless
+    /// set; its settings and the rhythm of its reports outlast a time without.
+    void SetPower(bool on);
+    [[nodiscard]] bool HasPower() const;
+
     /// Answers go wrong like this from now on: those to all requests, or those to requests of one code, which then
     /// keep it whatever is set for all. A play request's join report is one of its answers.
     void SetAnswerFault(const AnswerFault& fault);
@@ -59,6 +64,8 @@ public:
     /// Streams audio from port 28001 to a group or a device; ends what this function streamed before.
     /// @return the source, with which to stop it; as long-lived as the device
     AudioSource& Stream(const Endpoint& receiver, const AudioStream& stream = {});
+    /// Ends whatever audio the device streams.
+    virtual void StopStreams() { m_source.Stop(); }
     /// Sends the datagram that makes a controller leave the group.
     void SendEndOfStream(const Endpoint& group, std::uint32_t controller);
 
@@ -72,10 +79,17 @@ protected:
     /// Runs the work on the reactor's thread after the delay, unless the device is gone by then. At once for 0.
     void After(std::chrono::milliseconds delay, std::function<void()> work);
 
-    /// Runs the work now and then every period, until the next call; a period of 0 only ends it.
-    void Repeat(std::chrono::milliseconds period, const std::function<void()>& work);
+    /// Runs the work after the first delay and then every period, until the next call; a period of 0 only ends it.
+    void Repeat(std::chrono::milliseconds period, const std::function<void()>& work,
+                std::chrono::milliseconds firstDelay = {});
+
+    /// The power has gone, has come back; reactor's thread.
+    virtual void LosePower() {}
+    virtual void RegainPower() {}
 
     void Note(Event event);
+    /// Notes how a stream that this device sends begins and ends.
+    [[nodiscard]] AudioSource::OnChange StreamNoter(std::uint16_t port);
 
     [[nodiscard]] Reactor& OnReactor() const { return m_surroundings.reactor; }
     /// Bound to port 28001.
@@ -100,6 +114,7 @@ private:
     AudioSource m_source;
     Version m_version;
     AnswerFaults m_faults;
+    bool m_power = true;
     unsigned m_repetition = 0;                                               // which Repeat is the current one
     const std::shared_ptr<const bool> m_life = std::make_shared<bool>(true); // timers look whether it is still there
 };

@@ -9,12 +9,16 @@
 
 namespace k740::sim {
 
-/// A running program. It starts in the network namespace of the thread that makes the object, and is killed with it.
+/// A running program. It starts in the network namespace of the thread that makes the object, and ends with it: asked
+/// with SIGTERM, and killed when it takes longer than 2 s.
 class HostProgram {
 public:
+    enum class Input { Same, None };
+
     /// @param command  program, looked for in PATH, and its arguments
+    /// @param input    whether it shares this process's standard input or finds it empty
     /// @throws std::system_error when it cannot be started
-    explicit HostProgram(std::vector<std::string> command);
+    explicit HostProgram(std::vector<std::string> command, Input input = Input::Same);
     ~HostProgram();
     HostProgram(const HostProgram&) = delete;
     HostProgram& operator=(const HostProgram&) = delete;

@@ -43,6 +43,15 @@ void Installation::Remove(std::uint32_t id) {
     m_reactor.Run([&] { m_devices.erase(id); });
 }
 
+Device* Installation::FindDevice(std::uint32_t id) {
+    Device* device = nullptr;
+    m_reactor.Run([&] {
+        const auto found = m_devices.find(id);
+        if (found != m_devices.end()) { device = found->second.get(); }
+    });
+    return device;
+}
+
 bool Installation::WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout) {
     return m_reactor.WaitUntil(condition, timeout);
 }

@@ -40,13 +40,19 @@ public:
     AuxInterface& AddAuxInterface(std::uint32_t id, const std::string& address);
     Client& AddClient(std::uint32_t id, const std::string& address);
     void Remove(std::uint32_t id);
+    /// @return nothing for an unknown ID, or for a device of another kind
+    template <typename Kind> [[nodiscard]] Kind* Find(std::uint32_t id) { return dynamic_cast<Kind*>(FindDevice(id)); }
 
     /// Blocks until the condition holds; it is examined after everything that devices do, on their thread.
     bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout);
 
     [[nodiscard]] const Journal& Events() const { return m_journal; }
+    [[nodiscard]] Journal& Events() { return m_journal; }
+    /// On which the devices live.
+    [[nodiscard]] Reactor& OnReactor() { return m_reactor; }
 
 private:
+    [[nodiscard]] Device* FindDevice(std::uint32_t id);
     template <typename Kind> Kind& Add(std::uint32_t id, const std::string& address);
 
     Journal m_journal;

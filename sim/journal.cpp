@@ -41,9 +41,24 @@ void Journal::Note(Event event) {
     event.packet = Unpack(event.bytes);
     {
         const std::lock_guard lock(m_lock);
+        if (m_bound && m_events.size() >= *m_bound) {
+            ++m_dropped;
+            return;
+        }
         m_events.push_back(std::move(event));
     }
     m_noted.notify_all();
+}
+
+void Journal::SetBound(std::size_t events) {
+    const std::lock_guard lock(m_lock);
+    m_bound = events;
+}
+
+Journal::Batch Journal::Take(std::chrono::milliseconds timeout) {
+    std::unique_lock lock(m_lock);
+    m_noted.wait_for(lock, timeout, [this] { return !m_events.empty(); });
+    return {std::exchange(m_events, {}), std::exchange(m_dropped, 0)};
 }
 
 std::optional<Event> Journal::WaitFor(const EventFilter& filter, std::chrono::milliseconds timeout,
@@ -59,12 +74,6 @@ std::optional<Event> Journal::WaitFor(const EventFilter& filter, std::chrono::mi
     };
     if (!m_noted.wait_for(lock, timeout, examineNew)) { return std::nullopt; }
     return examined > 0 ? std::optional(m_events[examined - 1]) : std::nullopt;
-}
-
-std::vector<Event> Journal::WaitForMore(std::size_t known, std::chrono::milliseconds timeout) const {
-    std::unique_lock lock(m_lock);
-    if (!m_noted.wait_for(lock, timeout, [&] { return m_events.size() > known; })) { return {}; }
-    return {m_events.begin() + static_cast<std::ptrdiff_t>(known), m_events.end()};
 }
 
 std::vector<Event> Journal::Events() const {

@@ -1,9 +1,36 @@
 #include "sim/paging_station.h"
 
+#include <utility>
+
 namespace k740::sim {
+namespace {
+
+/// Appends, and forgets the older half of what has become too much.
+template <typename Request> void AppendBounded(std::vector<Request>& requests, Request request) {
+    constexpr std::size_t kHalf = PagingStation::kMostRequests / 2;
+    if (requests.size() == 2 * kHalf) { requests.erase(requests.begin(), requests.begin() + kHalf); }
+    requests.push_back(std::move(request));
+}
+
+} // namespace
 
 PagingStation::PagingStation(const Surroundings& surroundings, std::uint32_t id, const std::string& address)
-    : Device(surroundings, id, address, {kReplyPort}), m_intercomLine(OnReactor(), id, address) {}
+    : Device(surroundings, id, address, {kReplyPort}),
+      m_intercomLine(
+          OnReactor(), id, address, [this](bool begins, Clock::time_point last) { NoteIntercom(begins, last); },
+          StreamNoter(kIntercomAudioPort)) {}
+
+void PagingStation::NoteIntercom(bool begins, Clock::time_point last) {
+    const IntercomRecording& heard = m_intercomLine.Heard();
+    Event event;
+    event.time = begins ? last : Clock::now();
+    event.kind = begins ? Event::Kind::IntercomBegins : Event::Kind::IntercomEnds;
+    event.device = Id();
+    event.port = kIntercomAudioPort;
+    event.peer = heard.sender;
+    event.audio = AudioCounts{0, heard.node, heard.datagrams, heard.gaps, last};
+    Note(std::move(event));
+}
 
 void PagingStation::SetBehaviour(const TaskBehaviour& behaviour) {
     OnReactor().Run([&] { m_behaviour = behaviour; });
@@ -21,8 +48,20 @@ void PagingStation::SendStatus(const PagingStatus& status, std::uint16_t port) {
     SendToStation(command::kPagingStatus, Payload(status), port);
 }
 
-void PagingStation::RepeatStatus(const PagingStatus& status, std::chrono::milliseconds period) {
-    Repeat(period, [this, status] { SendStatus(status); });
+void PagingStation::RepeatStatus(const PagingStatus& status, std::chrono::milliseconds period,
+                                 std::chrono::milliseconds firstDelay) {
+    OnReactor().Run([&] {
+        m_status = status;
+        Repeat(
+            period, [this] { SendStatus(m_status); }, firstDelay);
+    });
+}
+
+void PagingStation::ChangeStatus(const std::function<void(PagingStatus&)>& change) {
+    OnReactor().Run([&] {
+        change(m_status);
+        SendStatus(m_status);
+    });
 }
 
 std::vector<PagingTaskRequest> PagingStation::Requests() const {
@@ -64,6 +103,31 @@ AudioSource& PagingStation::SendIntercomAudio(const AudioStream& stream) {
     return m_intercomLine.Source();
 }
 
+void PagingStation::StopStreams() {
+    OnReactor().Run([&] {
+        Device::StopStreams();
+        StopIntercomAudio();
+    });
+}
+
+void PagingStation::RecordIntercomTo(const std::string& path) {
+    OnReactor().Run([&] { m_intercomLine.RecordTo(path); });
+}
+
+std::string PagingStation::RecordedIntercom() {
+    std::string path;
+    OnReactor().Run([&] { path = m_intercomLine.RecordedFile(); });
+    return path;
+}
+
+void PagingStation::LosePower() {
+    m_intercomLine.SetDeaf(true);
+}
+
+void PagingStation::RegainPower() {
+    m_intercomLine.SetDeaf(false);
+}
+
 void PagingStation::Handle(const Packet& packet, const Datagram& datagram) {
     switch (packet.command) {
     case command::kPagingTask:
@@ -79,7 +143,7 @@ void PagingStation::Handle(const Packet& packet, const Datagram& datagram) {
 
 void PagingStation::AnswerTask(const Packet& packet, const Endpoint& requester) {
     const PagingTaskRequest request = ReadPagingTaskRequest(packet);
-    m_requests.push_back(request);
+    AppendBounded(m_requests, request);
     After(m_behaviour.delay, [=, this, results = m_behaviour.results] {
         for (const std::uint16_t result : results) {
             Answer(packet, requester, command::kPagingTaskAnswer, Payload(PagingTaskAnswer{request.taskId, result}));
@@ -88,7 +152,7 @@ void PagingStation::AnswerTask(const Packet& packet, const Endpoint& requester) 
 }
 
 void PagingStation::AnswerMonitor(const Packet& packet, const Endpoint& requester) {
-    m_monitorRequests.push_back(ReadMonitorRequest(packet));
+    AppendBounded(m_monitorRequests, ReadMonitorRequest(packet));
     After(m_monitorBehaviour.delay, [=, this, results = m_monitorBehaviour.results] {
         for (const std::int16_t result : results) {
             Answer(packet, requester, command::kPagingMonitorAnswer, MonitorAnswerPayload(result));

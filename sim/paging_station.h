@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -50,9 +51,13 @@ public:
     void SetCallBehaviour(const CallBehaviour& behaviour);
 
     void SendStatus(const PagingStatus& status, std::uint16_t port = kReplyPort);
-    /// Sends the status now and then every period; a period of 0 ends that.
-    void RepeatStatus(const PagingStatus& status, std::chrono::milliseconds period = std::chrono::seconds(2));
+    /// Sends the status after the first delay and then every period; a period of 0 ends that.
+    void RepeatStatus(const PagingStatus& status, std::chrono::milliseconds period = std::chrono::seconds(2),
+                      std::chrono::milliseconds firstDelay = {});
+    /// Changes the status that is repeated, and sends it at once.
+    void ChangeStatus(const std::function<void(PagingStatus&)>& change);
 
+    static constexpr std::size_t kMostRequests = 10'000; ///< of each kind that are kept; then the oldest half goes
     /// The task requests so far, in the order in which they came.
     [[nodiscard]] std::vector<PagingTaskRequest> Requests() const;
     /// The monitor requests so far, in the order in which they came.
@@ -74,19 +79,31 @@ public:
     /// Streams audio to port 29002 of the station; ends an earlier stream there.
     /// @return the source, with which to stop it; as long-lived as the paging station
     AudioSource& SendIntercomAudio(const AudioStream& stream = {});
+    /// Ends what SendIntercomAudio began.
+    void StopIntercomAudio() { m_intercomLine.Source().Stop(); }
+    /// Ends push-to-talk and intercom audio.
+    void StopStreams() override;
+    /// Writes intercom audio to a file as it is heard, in place of keeping it.
+    void RecordIntercomTo(const std::string& path);
+    /// @return the file, up to date; empty when nothing was heard
+    [[nodiscard]] std::string RecordedIntercom();
 
 protected:
     void Handle(const Packet& packet, const Datagram& datagram) override;
+    void LosePower() override;
+    void RegainPower() override;
 
 private:
     void AnswerTask(const Packet& packet, const Endpoint& requester);
     void AnswerMonitor(const Packet& packet, const Endpoint& requester);
+    void NoteIntercom(bool begins, Clock::time_point last);
     void MeetInvitation(const Packet& packet, const Endpoint& requester);
 
     // Of the reactor's thread.
     TaskBehaviour m_behaviour;
     MonitorBehaviour m_monitorBehaviour;
     CallBehaviour m_callBehaviour;
+    PagingStatus m_status; // that is repeated
     std::vector<PagingTaskRequest> m_requests;
     std::vector<MonitorRequest> m_monitorRequests;
     IntercomLine m_intercomLine;

@@ -150,8 +150,26 @@ void Reactor::Loop() {
 void Reactor::Dispatch(int file) {
     const auto found = m_handlers.find(file);
     if (found == m_handlers.end()) { return; } // forgotten by a handler of this round
-    const Work handler = found->second;        // a copy: the handler may forget itself
-    handler();
+    Guard(Work(found->second));                // a copy: the handler may forget itself
+}
+
+void Reactor::Guard(const Work& work) {
+    if (!m_catching) { return work(); }
+    try {
+        work();
+    } catch (...) {
+        const std::lock_guard lock(m_lock);
+        if (!m_failure) { m_failure = std::current_exception(); }
+    }
+}
+
+void Reactor::RethrowFailure() {
+    std::exception_ptr failure;
+    {
+        const std::lock_guard lock(m_lock);
+        std::swap(failure, m_failure);
+    }
+    if (failure) { std::rethrow_exception(failure); }
 }
 
 void Reactor::Post(Work work) {
@@ -177,7 +195,7 @@ void Reactor::RunTimers() {
     const Clock::time_point now = Clock::now();
     while (!m_timers.empty() && m_timers.begin()->first <= now) {
         const auto due = m_timers.extract(m_timers.begin());
-        due.mapped()();
+        Guard(due.mapped());
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <map>
 #include <memory>
@@ -29,6 +30,11 @@ public:
     /// Ends the thread after the work at hand; afterwards no handler runs any more, and Run works on the
     /// caller's thread. Nobody else may be calling at that time.
     void Stop();
+
+    /// Any thread. From now on what a handler or timer throws ends it alone, and not the process.
+    void CatchFailures() { m_catching = true; }
+    /// Any thread. Throws what a handler or timer has thrown since the last time, the first of it; otherwise nothing.
+    void RethrowFailure();
 
     /// Any thread. Runs the work on the reactor's thread and waits for its end; throws what it throws.
     void Run(const Work& work);
@@ -58,13 +64,16 @@ private:
     void RunTimers();
     void TellWaiters();
     void Dispatch(int file);
+    void Guard(const Work& work);
     [[nodiscard]] int MillisecondsToNextTimer() const;
 
     FileDescriptor m_epoll;
     FileDescriptor m_wake; // eventfd: there is posted work
     std::mutex m_lock;
-    std::vector<Work> m_posted; // guarded by m_lock
+    std::vector<Work> m_posted;   // guarded by m_lock
+    std::exception_ptr m_failure; // guarded by m_lock
     std::atomic<bool> m_stopping = false;
+    std::atomic<bool> m_catching = false;
 
     // Of the reactor's thread alone.
     std::unordered_map<int, Work> m_handlers;

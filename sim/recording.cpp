@@ -33,25 +33,25 @@ void Recorder::Close() {
     m_recording.left = Clock::now();
 }
 
-bool Recorder::Take(const Datagram& datagram) {
+Recorder::Kind Recorder::Take(const Datagram& datagram) {
     if (m_keep == Keep::SamplesAndDatagrams) { m_recording.rawDatagrams.push_back(datagram.bytes); }
     const auto audio = ReadAudioDatagram(datagram.bytes);
     if (!audio) {
         ++m_recording.foreign;
-        return false;
+        return Kind::Other;
     }
     if (audio->coding == Coding::EndOfStream) { return TakeEndOfStream(*audio, datagram.arrival); }
     TakeAudio(datagram, *audio);
-    return false;
+    return Kind::Audio;
 }
 
-bool Recorder::TakeEndOfStream(const AudioDatagram& end, Clock::time_point arrival) {
+Recorder::Kind Recorder::TakeEndOfStream(const AudioDatagram& end, Clock::time_point arrival) {
     if (end.stream != m_controller) {
         ++m_recording.endsOfOthers;
-        return false;
+        return Kind::Other;
     }
     m_recording.endsOfStream.push_back(arrival);
-    return true;
+    return Kind::EndOfStream;
 }
 
 void Recorder::TakeAudio(const Datagram& datagram, const AudioDatagram& audio) {
@@ -60,8 +60,11 @@ void Recorder::TakeAudio(const Datagram& datagram, const AudioDatagram& audio) {
     m_recording.node = audio.node;
     ++m_recording.datagrams;
     if (!m_recording.endsOfStream.empty()) { ++m_recording.afterEnd; }
-    if (m_keep == Keep::Counts) { return m_decoder.Skip(audio); }
+    m_recording.samplesHeard += FormatOf(audio.type)->samples;
+    if (m_keep == Keep::Counts && !m_sink) { return m_decoder.Skip(audio); }
     const std::vector<std::int16_t> samples = m_decoder.Decode(audio);
+    if (m_sink) { m_sink(m_zones, samples); }
+    if (m_keep == Keep::Counts) { return; }
     m_recording.samples.insert(m_recording.samples.end(), samples.begin(), samples.end());
     ExtendZones();
 }

@@ -10,8 +10,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace k740::sim {
@@ -36,6 +38,7 @@ struct Recording {
     std::size_t repeats = 0;      // equal to the datagram before, byte for byte; silence repeats itself rightly
     std::size_t gaps = 0;         // state blocks that do not follow from the datagram before, repeats apart; the first
                                   // datagram must follow from a coder's starting state
+    std::size_t samplesHeard = 0; // samples, whether they are kept or not
     std::size_t afterEnd = 0;     // audio datagrams after the controller's first end of stream
     std::size_t foreign = 0;      // datagrams that are no audio
     std::size_t endsOfOthers = 0; // end-of-stream datagrams for other controllers
@@ -57,8 +60,14 @@ class Recorder {
 public:
     Recorder(std::uint32_t controller, PlayRequest request, Keep keep);
 
-    /// @return whether this was an end of stream for the controller
-    bool Take(const Datagram& datagram);
+    /// Takes the samples as they are heard, with the zones (bit 0 is zone 1) that hear them.
+    using Sink = std::function<void(std::uint32_t zones, const std::vector<std::int16_t>& samples)>;
+    void SetSink(Sink sink) { m_sink = std::move(sink); }
+
+    enum class Kind { Audio, EndOfStream, Other };
+
+    /// @return what it was; EndOfStream only for the controller's own
+    Kind Take(const Datagram& datagram);
 
     /// Zones of the mask (bit 0 is zone 1) hear what comes from now on, the others no longer.
     void SetZones(std::uint32_t mask);
@@ -69,7 +78,7 @@ public:
     [[nodiscard]] const Recording& Get() const { return m_recording; }
 
 private:
-    bool TakeEndOfStream(const AudioDatagram& end, Clock::time_point arrival);
+    Kind TakeEndOfStream(const AudioDatagram& end, Clock::time_point arrival);
     void TakeAudio(const Datagram& datagram, const AudioDatagram& audio);
     void NoteTime(Clock::time_point arrival);
     void NoteContinuity(ByteView bytes, const AudioDatagram& audio);
@@ -77,6 +86,7 @@ private:
 
     const std::uint32_t m_controller;
     const Keep m_keep;
+    Sink m_sink;
     Recording m_recording;
     AudioDecoder m_decoder;
     Bytes m_previous; // the audio datagram before

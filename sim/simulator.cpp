@@ -4,13 +4,18 @@
 #include "sim/tone.h"
 #include "sim/wav_file.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <filesystem>
-#include <iostream>
+#include <utility>
 
 namespace k740::sim {
 namespace {
 
 constexpr std::chrono::milliseconds kLongestWait{100}; // between looks at signals and the time
+constexpr std::chrono::milliseconds kMostSpread{5};    // from one device's first report to the next one's
+constexpr std::size_t kMostWaitingEvents = 20'000;     // some 25 MB, when nobody reads what is written
 constexpr int kToneZone = 1;                           // of a zone controller that streams
 constexpr double kToneHertz = 441;                     // whole periods in a second of samples
 
@@ -20,118 +25,186 @@ AudioStream ToneStreamed() {
     return stream;
 }
 
+std::chrono::milliseconds Milliseconds(Seconds time) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(time);
+}
+
 } // namespace
 
-Simulator::Simulator(const SimOptions& options, const EndSignals& signals)
-    : m_options(options), m_signals(signals), m_installation({options.stationAddress, kDefaultStationNode}) {
-    OpenEvents();
-    const std::chrono::milliseconds period(static_cast<std::int64_t>(options.statusPeriod * 1000));
-    for (const DeviceOption& device : options.zoneControllers) { AddZoneController(device, period); }
-    for (const DeviceOption& device : options.pagingStations) { AddPagingStation(device, period); }
-    for (const DeviceOption& device : options.auxInterfaces) { AddAuxInterface(device); }
+Simulator::Simulator(const SimOptions& options, Script script, const EndSignals& signals)
+    : m_options(options), m_script(std::move(script)), m_signals(signals),
+      m_statusPeriod(Milliseconds(Seconds(options.statusPeriod.value_or(2)))),
+      m_writer(options.eventsFile, options.periodicLines, m_start),
+      m_installation(
+          {options.stationAddress.value_or(kStationAddress), options.stationNode.value_or(kDefaultStationNode)}),
+      m_timeline(m_script.timeline, m_stage) {
+    m_installation.Events().SetBound(kMostWaitingEvents);
+    m_installation.OnReactor().CatchFailures();
+    if (m_options.recordDirectory) { std::filesystem::create_directories(*m_options.recordDirectory); }
+    if (!m_options.host.empty()) { m_tap = std::make_unique<CableTap>(); }
+    AddDevices();
+    ApplySettings();
 }
 
-void Simulator::OpenEvents() {
-    if (m_options.eventsFile == "-") { return; }
-    m_file.exceptions(std::ios::failbit | std::ios::badbit);
-    m_file.open(m_options.eventsFile);
+Simulator::~Simulator() {
+    m_installation.OnReactor().Stop(); // nothing runs any more that uses what is gone before the installation
 }
 
-void Simulator::AddZoneController(const DeviceOption& device, std::chrono::milliseconds statusPeriod) {
+void Simulator::AddDevices() {
+    const std::size_t count = std::max<std::size_t>(m_options.devices.size(), 1);
+    const std::chrono::milliseconds spread = std::min(kMostSpread, m_statusPeriod / static_cast<std::int64_t>(count));
+    std::chrono::milliseconds firstStatus{0};
+    for (const DeviceOption& device : m_options.devices) {
+        switch (device.kind) {
+        case DeviceKind::ZoneController:
+            AddZoneController(device, firstStatus);
+            break;
+        case DeviceKind::PagingStation:
+            AddPagingStation(device, firstStatus);
+            break;
+        default:
+            AddOther(device);
+        }
+        firstStatus += spread;
+    }
+}
+
+void Simulator::AddZoneController(const DeviceOption& device, std::chrono::milliseconds firstStatus) {
     ZoneController& controller = m_installation.AddZoneController(device.id, device.address);
-    controller.RepeatStatus(controller.QuietStatus(), statusPeriod);
-    m_zoneControllers.push_back(&controller);
+    controller.SetKeep(Keep::Counts);
+    if (m_options.recordDirectory) {
+        controller.RecordTo(*m_options.recordDirectory + "/zcu" + std::to_string(device.id) + '-');
+    }
+    controller.RepeatStatus(controller.QuietStatus(), m_statusPeriod, firstStatus);
+    m_zoneControllers[device.id] = &controller;
     if (device.group.empty()) { return; }
     controller.SetZoneGroup(kToneZone, device.group);
     NoteStream(device, controller.StreamZone(kToneZone, ToneStreamed()));
 }
 
-void Simulator::AddPagingStation(const DeviceOption& device, std::chrono::milliseconds statusPeriod) {
+void Simulator::AddPagingStation(const DeviceOption& device, std::chrono::milliseconds firstStatus) {
     PagingStation& station = m_installation.AddPagingStation(device.id, device.address);
-    station.RepeatStatus({}, statusPeriod);
+    if (m_options.recordDirectory) {
+        station.RecordIntercomTo(*m_options.recordDirectory + "/rpk" + std::to_string(device.id) + "-intercom.wav");
+    }
+    station.RepeatStatus({}, m_statusPeriod, firstStatus);
     if (m_options.acceptCalls) { station.SetCallBehaviour({CallReply::Accept, {}}); }
     m_pagingStations.push_back(&station);
     if (!device.group.empty()) { NoteStream(device, station.Talk({device.group, kAudioPort}, ToneStreamed())); }
 }
 
-void Simulator::AddAuxInterface(const DeviceOption& device) {
-    AuxInterface& aux = m_installation.AddAuxInterface(device.id, device.address);
-    if (!device.group.empty()) { NoteStream(device, aux.Stream({device.group, kAudioPort}, ToneStreamed())); }
+void Simulator::AddOther(const DeviceOption& device) {
+    Device& added = device.kind == DeviceKind::Client
+                        ? static_cast<Device&>(m_installation.AddClient(device.id, device.address))
+                        : m_installation.AddAuxInterface(device.id, device.address);
+    if (!device.group.empty()) { NoteStream(device, added.Stream({device.group, kAudioPort}, ToneStreamed())); }
 }
 
 void Simulator::NoteStream(const DeviceOption& device, AudioSource& source) {
     m_streams.push_back({device.id, {device.group, kAudioPort}, &source});
 }
 
+void Simulator::ApplySettings() {
+    for (const PlacedCommand& setting : m_script.settings) {
+        try {
+            m_installation.OnReactor().Run([&] { setting.command.action(m_stage); });
+        } catch (const std::exception& error) { throw UsageError(setting.place + ": " + error.what()); }
+    }
+}
+
 bool Simulator::Run() {
-    return RunUntil([this] { return EnoughClosed(); }) || m_options.untilClose == 0;
+    const auto enoughClosed = [this] { return m_options.untilClose > 0 && m_closeRequests >= m_options.untilClose; };
+    return RunUntil(enoughClosed) || m_options.untilClose == 0 || EndedByCommand();
 }
 
 bool Simulator::RunUntil(const std::function<bool()>& condition) {
-    Write({{"time", 0.0}, {"event", "ready"}});
+    Begin();
     bool holds = false;
-    while (!holds && !m_signals.HaveCome() && !TimeIsOver()) {
-        WriteNewEvents(kLongestWait);
+    while (!holds && !IsOver()) {
+        TakeEvents(kLongestWait);
+        m_installation.OnReactor().RethrowFailure();
         holds = condition();
     }
     m_installation.WaitUntil([] { return true; }, kLongestWait); // the devices are through with what they received
-    WriteNewEvents(std::chrono::milliseconds(0));
+    TakeEvents(std::chrono::milliseconds(0));
     WriteSummary();
     return holds;
 }
 
-bool Simulator::TimeIsOver() const {
-    return m_options.duration > 0 && Clock::now() - m_start >= std::chrono::duration<double>(m_options.duration);
+void Simulator::Begin() {
+    m_writer.Write(ReadyJson(m_start));
+    m_writer.Flush();
+    m_timeline.Begin(m_start);
+    if (!m_options.readCommands) { return; }
+    m_installation.OnReactor().Run([this] {
+        const CommandContext context{m_script.roster, std::filesystem::current_path()};
+        m_input = std::make_unique<CommandInput>(STDIN_FILENO, context, m_stage);
+    });
 }
 
-bool Simulator::EnoughClosed() const {
-    return m_options.untilClose > 0 &&
-           m_installation.Events().Count(Received(command::kCloseAudio)) >= m_options.untilClose;
+bool Simulator::IsOver() const {
+    const double duration = m_options.duration.value_or(0);
+    return m_signals.HaveCome() || m_stage.ended || (duration > 0 && Clock::now() - m_start >= Seconds(duration));
 }
 
-void Simulator::Write(const nlohmann::ordered_json& line) {
-    (m_file.is_open() ? m_file : std::cout) << line << std::endl; // flushed: scripts wait for lines
+void Simulator::TakeEvents(std::chrono::milliseconds timeout) {
+    const Journal::Batch batch = m_installation.Events().Take(timeout);
+    m_writer.Write(batch);
+    for (const Event& event : batch.events) { Meet(event); }
+    m_writer.Flush();
 }
 
-void Simulator::WriteNewEvents(std::chrono::milliseconds timeout) {
-    const std::vector<Event> events = m_installation.Events().WaitForMore(m_written, timeout);
-    for (const Event& event : events) { Write(ToJson(event, m_start)); }
-    m_written += events.size();
+void Simulator::Meet(const Event& event) {
+    if (Received(command::kCloseAudio)(event)) { ++m_closeRequests; }
+    if (event.kind == Event::Kind::LeftGroup) { WriteFinished(event.device); }
+    React(event);
+}
+
+void Simulator::React(const Event& event) {
+    for (const Reaction& reaction : m_script.reactions) {
+        if (!reaction.trigger(event)) { continue; }
+        m_installation.OnReactor().Run([&] {
+            m_installation.OnReactor().After(Milliseconds(reaction.after),
+                                             [&] { Execute(reaction.command, "reaction", m_stage); });
+        });
+    }
+}
+
+void Simulator::WriteFinished(std::uint32_t controller) {
+    for (const Recording& recording : m_zoneControllers.at(controller)->TakeFinished()) {
+        m_writer.Write(ToJson(recording, controller, m_start));
+    }
 }
 
 void Simulator::WriteSummary() {
-    if (!m_options.recordDirectory.empty()) { std::filesystem::create_directories(m_options.recordDirectory); }
-    for (const ZoneController* controller : m_zoneControllers) {
-        for (const Recording& recording : controller->Recordings()) {
-            Write(ToJson(recording, controller->Id(), m_start));
+    for (const auto& [id, controller] : m_zoneControllers) {
+        for (const Recording& recording : controller->Recordings()) { m_writer.Write(ToJson(recording, id, m_start)); }
+        for (const auto& [zone, file] : controller->RecordedFiles()) {
+            m_writer.Write({{"event", "wav"}, {"device", id}, {"zone", zone}, {"file", file}});
         }
-        if (!m_options.recordDirectory.empty()) { WriteWavs(*controller); }
     }
-    for (const PagingStation* station : m_pagingStations) { WriteIntercom(*station); }
+    for (PagingStation* station : m_pagingStations) { WriteIntercom(*station); }
     for (const ToneStream& stream : m_streams) {
-        Write(StreamJson(stream.device, stream.group, stream.source->Sent()));
+        m_writer.Write(StreamJson(stream.device, stream.group, stream.source->Sent()));
+    }
+    WriteCable();
+    if (m_writer.Held() > 0) { m_writer.Write({{"event", "held-back"}, {"count", m_writer.Held()}}); }
+    m_writer.Flush();
+}
+
+void Simulator::WriteCable() {
+    if (!m_tap) { return; }
+    for (const auto& [receiver, datagrams] : m_tap->Datagrams()) {
+        m_writer.Write(CableJson({receiver.first, receiver.second}, datagrams));
     }
 }
 
-void Simulator::WriteWavs(const ZoneController& controller) {
-    const std::uint32_t served = controller.ZonesServed();
-    for (int zone = 1; zone <= kZones; ++zone) {
-        if ((served & (1U << (zone - 1))) == 0) { continue; }
-        const std::string path = m_options.recordDirectory + "/zcu" + std::to_string(controller.Id()) + "-zone" +
-                                 std::to_string(zone) + ".wav";
-        controller.WriteWav(zone, path);
-        Write({{"event", "wav"}, {"device", controller.Id()}, {"zone", zone}, {"file", path}});
-    }
-}
-
-void Simulator::WriteIntercom(const PagingStation& station) {
+void Simulator::WriteIntercom(PagingStation& station) {
     const IntercomRecording heard = station.IntercomAudio();
     if (heard.datagrams == 0) { return; }
-    Write(ToJson(heard, station.Id()));
-    if (m_options.recordDirectory.empty()) { return; }
-    const std::string path = m_options.recordDirectory + "/rpk" + std::to_string(station.Id()) + "-intercom.wav";
-    WriteWav(path, heard.samples);
-    Write({{"event", "wav"}, {"device", station.Id()}, {"file", path}});
+    m_writer.Write(ToJson(heard, station.Id()));
+    const std::string file = station.RecordedIntercom();
+    if (!file.empty()) { m_writer.Write({{"event", "wav"}, {"device", station.Id()}, {"file", file}}); }
 }
 
 } // namespace k740::sim

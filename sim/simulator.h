@@ -2,14 +2,19 @@
 #pragma once
 
 #include "sim/audio_source.h"
+#include "sim/cable_tap.h"
+#include "sim/command_input.h"
 #include "sim/end_signals.h"
+#include "sim/event_writer.h"
 #include "sim/installation.h"
+#include "sim/script.h"
 #include "sim/sim_options.h"
+#include "sim/timeline.h"
 
 #include <chrono>
-#include <fstream>
 #include <functional>
-#include <nlohmann/json.hpp>
+#include <map>
+#include <memory>
 #include <vector>
 
 namespace k740::sim {
@@ -17,15 +22,23 @@ namespace k740::sim {
 class Simulator {
 public:
     /// @param signals  end a run; outlives the simulator
-    Simulator(const SimOptions& options, const EndSignals& signals);
+    /// @throws UsageError for a setting that a device cannot have
+    Simulator(const SimOptions& options, Script script, const EndSignals& signals);
+    ~Simulator();
+    Simulator(const Simulator&) = delete;
+    Simulator& operator=(const Simulator&) = delete;
 
-    /// Runs until enough close-audio requests have come, a signal comes or the time is over.
+    /// Runs until enough close-audio requests have come, a command or a signal ends it or the time is over.
     /// @return whether it ended as asked, not because the time was over before
     bool Run();
 
-    /// Runs until the condition holds, which is looked at ten times a second at least, or a signal or the time ends it.
+    /// Runs until the condition holds, which is looked at ten times a second at least, or a command, a signal or the
+    /// time ends it.
     /// @return whether the condition came to hold
     bool RunUntil(const std::function<bool()>& condition);
+
+    /// Whether a command has ended the run.
+    [[nodiscard]] bool EndedByCommand() const { return m_stage.ended; }
 
 private:
     struct ToneStream {
@@ -34,29 +47,38 @@ private:
         AudioSource* source = nullptr;
     };
 
-    void OpenEvents();
-    void AddZoneController(const DeviceOption& device, std::chrono::milliseconds statusPeriod);
-    void AddPagingStation(const DeviceOption& device, std::chrono::milliseconds statusPeriod);
-    void AddAuxInterface(const DeviceOption& device);
+    void AddDevices();
+    void AddZoneController(const DeviceOption& device, std::chrono::milliseconds firstStatus);
+    void AddPagingStation(const DeviceOption& device, std::chrono::milliseconds firstStatus);
+    void AddOther(const DeviceOption& device);
     void NoteStream(const DeviceOption& device, AudioSource& source);
-    [[nodiscard]] bool TimeIsOver() const;
-    [[nodiscard]] bool EnoughClosed() const;
+    void ApplySettings();
+    void Begin();
+    [[nodiscard]] bool IsOver() const;
 
-    void Write(const nlohmann::ordered_json& line);
-    void WriteNewEvents(std::chrono::milliseconds timeout);
+    void TakeEvents(std::chrono::milliseconds timeout);
+    void Meet(const Event& event);
+    void React(const Event& event);
+    void WriteFinished(std::uint32_t controller);
     void WriteSummary();
-    void WriteWavs(const ZoneController& controller);
-    void WriteIntercom(const PagingStation& station);
+    void WriteIntercom(PagingStation& station);
+    void WriteCable();
 
     const SimOptions m_options;
+    const Script m_script;
     const EndSignals& m_signals;
+    const std::chrono::milliseconds m_statusPeriod;
     const Clock::time_point m_start = Clock::now();
-    std::ofstream m_file;
+    EventWriter m_writer;
     Installation m_installation;
-    std::vector<const ZoneController*> m_zoneControllers;
-    std::vector<const PagingStation*> m_pagingStations;
+    Stage m_stage{m_installation};
+    Timeline m_timeline;
+    std::unique_ptr<CommandInput> m_input;
+    std::map<std::uint32_t, ZoneController*> m_zoneControllers;
+    std::vector<PagingStation*> m_pagingStations;
     std::vector<ToneStream> m_streams;
-    std::size_t m_written = 0; // events
+    std::size_t m_closeRequests = 0;
+    std::unique_ptr<CableTap> m_tap; // of a private network
 };
 
 } // namespace k740::sim

@@ -15,7 +15,8 @@ void WriteWav(const std::string& path, const std::vector<std::int16_t>& samples)
 
 std::vector<std::int16_t> ReadWav(const std::string& path) {
     SndfileHandle file(path);
-    const bool expected = file && file.channels() == 1 && file.samplerate() == kSampleRate &&
+    if (file.rawHandle() == nullptr) { throw std::runtime_error("cannot read " + path + ": " + file.strError()); }
+    const bool expected = file.channels() == 1 && file.samplerate() == kSampleRate &&
                           (file.format() & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_16;
     if (!expected) { throw std::runtime_error(path + " is no 16 bit mono file at 44.1 kHz"); }
     std::vector<std::int16_t> samples(static_cast<std::size_t>(file.frames()));

@@ -1,9 +1,6 @@
 #include "sim/zone_controller.h"
 
-#include "sim/wav_file.h"
-
 #include <atomic>
-#include <numeric>
 #include <system_error>
 
 namespace k740::sim {
@@ -60,8 +57,20 @@ void ZoneController::SendStatus(const StatusReport& report, std::uint16_t port) 
     SendToStation(command::kStatusReport, Payload(report), port);
 }
 
-void ZoneController::RepeatStatus(const StatusReport& report, std::chrono::milliseconds period) {
-    Repeat(period, [this, report] { SendStatus(report); });
+void ZoneController::RepeatStatus(const StatusReport& report, std::chrono::milliseconds period,
+                                  std::chrono::milliseconds firstDelay) {
+    OnReactor().Run([&] {
+        m_report = report;
+        Repeat(
+            period, [this] { SendStatus(m_report); }, firstDelay);
+    });
+}
+
+void ZoneController::ChangeStatus(const std::function<void(StatusReport&)>& change) {
+    OnReactor().Run([&] {
+        change(m_report);
+        SendStatus(m_report);
+    });
 }
 
 StatusReport ZoneController::QuietStatus() const {
@@ -128,9 +137,8 @@ bool ZoneController::Join(const PlayRequest& request) {
     if (open != nullptr) { Leave(*open); }
     const Endpoint group{request.group, request.groupPort};
     try {
-        m_sessions.push_back(std::make_unique<PlaySession>(
-            OnReactor(), Id(), Address(), request, m_keep,
-            [this, group](const Datagram& end) { NoteGroup(Event::Kind::EndOfStream, group, end); }));
+        m_sessions.push_back(
+            std::make_unique<PlaySession>(OnReactor(), Id(), Address(), request, m_keep, SessionListener(group)));
     } catch (const std::system_error&) { return false; } // no multicast address: a device would report that
     NoteGroup(Event::Kind::JoinedGroup, group, {{}, {}, Clock::now()});
     return true;
@@ -139,6 +147,12 @@ bool ZoneController::Join(const PlayRequest& request) {
 void ZoneController::Leave(PlaySession& session) {
     session.Close();
     NoteGroup(Event::Kind::LeftGroup, session.Group(), {{}, {}, Clock::now()});
+}
+
+void ZoneController::LosePower() {
+    for (const auto& session : m_sessions) {
+        if (session->IsOpen()) { Leave(*session); }
+    }
 }
 
 void ZoneController::CloseAudio(std::uint32_t taskId) {
@@ -160,51 +174,10 @@ PlaySession* ZoneController::OpenSession(std::uint32_t taskId) const {
     return nullptr;
 }
 
-std::vector<Recording> ZoneController::Recordings() const {
-    std::vector<Recording> recordings;
-    OnReactor().Run([&] {
-        for (const auto& session : m_sessions) { recordings.push_back(session->Heard()); }
-    });
-    return recordings;
-}
-
-std::vector<std::int16_t> ZoneController::HeardIn(int zone) const {
-    std::vector<std::int16_t> heard;
-    OnReactor().Run([&] {
-        for (const auto& session : m_sessions) {
-            const std::vector<std::int16_t> part = session->Heard().HeardIn(zone);
-            heard.insert(heard.end(), part.begin(), part.end());
-        }
-    });
-    return heard;
-}
-
-std::uint32_t ZoneController::ZonesServed() const {
-    std::uint32_t mask = 0;
-    for (int zone = 1; zone <= kZones; ++zone) { mask |= HeardIn(zone).empty() ? 0 : 1U << (zone - 1); }
-    return mask;
-}
-
-std::size_t ZoneController::CountDatagrams() const {
-    std::size_t count = 0;
-    OnReactor().Run([&] {
-        for (const auto& session : m_sessions) { count += session->Heard().datagrams; }
-    });
-    return count;
-}
-
-bool ZoneController::WaitForDatagrams(std::size_t count, std::chrono::milliseconds timeout) const {
-    return OnReactor().WaitUntil([&] { return CountDatagrams() >= count; }, timeout);
-}
-
 bool ZoneController::IsListening(std::uint32_t taskId) const {
     bool listening = false;
     OnReactor().Run([&] { listening = OpenSession(taskId) != nullptr; });
     return listening;
-}
-
-void ZoneController::WriteWav(int zone, const std::string& path) const {
-    sim::WriteWav(path, HeardIn(zone));
 }
 
 } // namespace k740::sim

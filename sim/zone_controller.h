@@ -8,10 +8,12 @@
 #include "sim/records.h"
 #include "sim/volume_control.h"
 #include "sim/zone_groups.h"
+#include "sim/zone_wavs.h"
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -59,6 +61,10 @@ public:
     /// Of the latest request to enter the emergency mode (256 less the host's priority); nothing when it has been left.
     [[nodiscard]] std::optional<std::uint16_t> EmergencyPriority() const;
 
+    /// Sends what a zone (1 to 8) hears of broadcasts on to a group, which becomes the zone's; an empty text ends that.
+    /// Of several broadcasts it is the one that was joined last.
+    void Circulate(int zone, const std::string& group);
+
     /// The group on which a zone (1 to 8) circulates what it plays; an empty text or 0.0.0.0 for none.
     /// @param word  what the answer carries beside the address
     void SetZoneGroup(int zone, const std::string& group, std::uint32_t word = kAudioPort);
@@ -67,10 +73,15 @@ public:
     /// @return the source, with which to stop it; as long-lived as the controller
     /// @throws std::invalid_argument when the zone has no group
     AudioSource& StreamZone(int zone, const AudioStream& stream = {}, std::uint16_t port = kAudioPort);
+    /// Ends what its zones and the controller itself stream; what is circulated goes on.
+    void StopStreams() override;
 
     void SendStatus(const StatusReport& report, std::uint16_t port = kReplyPort);
-    /// Sends the report now and then every period; a period of 0 ends that.
-    void RepeatStatus(const StatusReport& report, std::chrono::milliseconds period = std::chrono::seconds(2));
+    /// Sends the report after the first delay and then every period; a period of 0 ends that.
+    void RepeatStatus(const StatusReport& report, std::chrono::milliseconds period = std::chrono::seconds(2),
+                      std::chrono::milliseconds firstDelay = {});
+    /// Changes the report that is repeated, and sends it at once.
+    void ChangeStatus(const std::function<void(StatusReport&)>& change);
     /// A report without faults that names this controller.
     [[nodiscard]] StatusReport QuietStatus() const;
 
@@ -86,11 +97,19 @@ public:
     [[nodiscard]] bool WaitForDatagrams(std::size_t count, std::chrono::milliseconds timeout) const;
     /// Whether it is in the group of a task.
     [[nodiscard]] bool IsListening(std::uint32_t taskId) const;
+    /// Writes what zones hear of broadcasts that begin from now on, as they hear it, to files of this prefix.
+    void RecordTo(const std::string& prefix);
+    /// @return the files so far, up to date, by zone
+    [[nodiscard]] std::map<int, std::string> RecordedFiles() const;
+    /// Takes the broadcasts out that are over; they are no longer counted.
+    std::vector<Recording> TakeFinished();
+
     /// Writes what a zone heard as a 44.1 kHz mono 16 bit file.
     void WriteWav(int zone, const std::string& path) const;
 
 protected:
     void Handle(const Packet& packet, const Datagram& datagram) override;
+    void LosePower() override;
 
 private:
     void AnswerQuery(const Packet& packet, const Endpoint& requester);
@@ -103,6 +122,9 @@ private:
     void CloseAudio(std::uint32_t taskId);
     void CloseZones(std::uint32_t mask);
     void NoteGroup(Event::Kind kind, const Endpoint& group, const Datagram& datagram);
+    void NoteActivity(const PlaySession& session, bool begins, Clock::time_point last);
+    void CirculateAudio(const PlaySession& session, const Datagram& datagram);
+    [[nodiscard]] PlaySession::Listener SessionListener(const Endpoint& group);
     [[nodiscard]] PlaySession* OpenSession(std::uint32_t taskId) const;
 
     // Of the reactor's thread.
@@ -110,7 +132,10 @@ private:
     Keep m_keep = Keep::Samples;
     VolumeControl m_volumes;
     std::optional<std::uint16_t> m_emergencyPriority;
+    StatusReport m_report; // that is repeated
     ZoneGroups m_zoneGroups;
+    std::map<int, Endpoint> m_circulated; // by zone
+    std::unique_ptr<ZoneWavs> m_wavs;
     std::map<int, AudioSource> m_zoneSources;             // by zone
     std::vector<std::unique_ptr<PlaySession>> m_sessions; // in the order of joining, closed ones included
 };

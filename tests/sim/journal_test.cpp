@@ -47,14 +47,30 @@ TEST(JournalTest, WaitForIsWokenByTheEvent) {
     device.join();
 }
 
-TEST(JournalTest, WaitForMoreGivesWhatCameSince) {
+TEST(JournalTest, TakeEmptiesTheJournal) {
     Journal journal;
     journal.Note(PacketEvent(Event::Kind::Received, 1, 0x0125));
     journal.Note(PacketEvent(Event::Kind::Received, 2, 0x0125));
-    const auto later = journal.WaitForMore(1, 0ms);
-    ASSERT_EQ(1U, later.size());
-    EXPECT_EQ(2U, later[0].device);
-    EXPECT_TRUE(journal.WaitForMore(2, 1ms).empty());
+    const auto batch = journal.Take(0ms);
+    ASSERT_EQ(2U, batch.events.size());
+    EXPECT_EQ(2U, batch.events[1].device);
+    EXPECT_EQ(0U, batch.dropped);
+    EXPECT_TRUE(journal.Events().empty());
+    EXPECT_TRUE(journal.Take(1ms).events.empty());
+}
+
+TEST(JournalTest, BeyondItsBoundItOnlyCounts) {
+    Journal journal;
+    journal.SetBound(2);
+    for (const std::uint32_t device : {1U, 2U, 3U, 4U}) {
+        journal.Note(PacketEvent(Event::Kind::Received, device, 0x0125));
+    }
+    const auto batch = journal.Take(0ms);
+    ASSERT_EQ(2U, batch.events.size());
+    EXPECT_EQ(2U, batch.events[1].device);
+    EXPECT_EQ(2U, batch.dropped);
+    journal.Note(PacketEvent(Event::Kind::Received, 5, 0x0125));
+    EXPECT_EQ(0U, journal.Take(0ms).dropped);
 }
 
 TEST(JournalTest, BytesThatAreNoPacketAreKeptAsTheyAre) {

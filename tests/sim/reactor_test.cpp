@@ -61,5 +61,23 @@ TEST(ReactorTest, NothingRunsAfterStop) {
     EXPECT_EQ(ranBefore, ran);
 }
 
+TEST(ReactorTest, WhatATimerThrowsIsKeptForWhoAsks) {
+    Reactor reactor;
+    reactor.CatchFailures();
+    EXPECT_NO_THROW(reactor.RethrowFailure());
+    bool after = false;
+    reactor.Run([&] {
+        reactor.After(0ms, [] { throw std::runtime_error("first"); });
+        reactor.After(1ms, [] { throw std::runtime_error("second"); });
+        reactor.After(2ms, [&] { after = true; });
+    });
+    ASSERT_TRUE(reactor.WaitUntil([&] { return after; }, 5s));
+    try {
+        reactor.RethrowFailure();
+        FAIL();
+    } catch (const std::runtime_error& error) { EXPECT_STREQ("first", error.what()); }
+    EXPECT_NO_THROW(reactor.RethrowFailure());
+}
+
 } // namespace
 } // namespace k740::sim

@@ -63,9 +63,9 @@ TEST(RecordingTest, DatagramHeardTwiceIsARepeatAndNoGap) {
 
 TEST(RecordingTest, EndsOfStreamAreSortedByTheirController) {
     Recorder recorder(33, ForZones(1), Keep::Counts);
-    EXPECT_FALSE(recorder.Take(At(EndOfStreamBytes(34), 100)));
-    EXPECT_TRUE(recorder.Take(At(EndOfStreamBytes(33), 101)));
-    EXPECT_TRUE(recorder.Take(At(EndOfStreamBytes(33), 121)));
+    EXPECT_EQ(Recorder::Kind::Other, recorder.Take(At(EndOfStreamBytes(34), 100)));
+    EXPECT_EQ(Recorder::Kind::EndOfStream, recorder.Take(At(EndOfStreamBytes(33), 101)));
+    EXPECT_EQ(Recorder::Kind::EndOfStream, recorder.Take(At(EndOfStreamBytes(33), 121)));
     EXPECT_EQ(1U, recorder.Get().endsOfOthers);
     ASSERT_EQ(2U, recorder.Get().endsOfStream.size());
     EXPECT_EQ(milliseconds(20), recorder.Get().endsOfStream[1] - recorder.Get().endsOfStream[0]);
@@ -82,7 +82,7 @@ TEST(RecordingTest, AudioAfterTheEndIsCountedAsSuch) {
 
 TEST(RecordingTest, ForeignDatagramsAreCountedOnly) {
     Recorder recorder(33, ForZones(1), Keep::Samples);
-    EXPECT_FALSE(recorder.Take(At(Bytes{1, 2, 3})));
+    EXPECT_EQ(Recorder::Kind::Other, recorder.Take(At(Bytes{1, 2, 3})));
     EXPECT_EQ(1U, recorder.Get().foreign);
     EXPECT_EQ(0U, recorder.Get().datagrams);
 }

@@ -1,63 +1,26 @@
 // k740-sim from its command line to its files.
 #include "sim/audio_datagram.h"
+#include "tests/sim/program.h"
 #include "tests/sim/station.h"
 #include "tests/support/private_network_fixture.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
-#include <cstdio>
-#include <nlohmann/json.hpp>
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
 #include <sndfile.hh>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 namespace k740::test {
 namespace {
 
-using Json = nlohmann::json;
-
 constexpr const char* kIp = "192.168.1.33";
-
-/// A k740-sim in `field` with its output on a pipe.
-class Program {
-public:
-    Program(const sim::PrivateNetwork& network, const std::string& arguments) {
-        const std::string command = std::string("exec ") + K740_SIM_PROGRAM + ' ' + arguments;
-        network.RunInField([&] { m_output = ::popen(command.c_str(), "re"); });
-    }
-    ~Program() {
-        if (m_output != nullptr) { ::pclose(m_output); }
-    }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-
-    [[nodiscard]] std::string Line() {
-        std::array<char, 4096> line{};
-        return std::fgets(line.data(), static_cast<int>(line.size()), m_output) != nullptr ? line.data() : "";
-    }
-    /// Reads until the program ends.
-    std::vector<Json> RemainingLines() {
-        std::vector<Json> lines;
-        for (std::string line = Line(); !line.empty(); line = Line()) { lines.push_back(Json::parse(line)); }
-        return lines;
-    }
-    /// Waits for the end; the exit status.
-    int End() { return WEXITSTATUS(::pclose(std::exchange(m_output, nullptr))); }
-
-private:
-    FILE* m_output = nullptr;
-};
-
-std::vector<Json> Of(const std::vector<Json>& lines, const std::string& event) {
-    std::vector<Json> found;
-    for (const Json& line : lines) {
-        if (line.at("event") == event) { found.push_back(line); }
-    }
-    return found;
-}
 
 class SimProgramTest : public OnPrivateNetwork {};
 
@@ -187,6 +150,99 @@ TEST_F(SimProgramTest, HostThatDoesNotExistIsRefused) {
                     std::string("--zcu 33@") + kIp + " --status-period 0 --events /dev/null -- no-such-host 2>&1");
     EXPECT_EQ("k740-sim: cannot start no-such-host: No such file or directory\n", program.Line());
     EXPECT_EQ(1, program.End());
+}
+
+TEST_F(SimProgramTest, ReadyTellsTheWallClock) {
+    Program program(Network(), "--duration 0.01");
+    const std::string date = Json::parse(program.Line()).at("date");
+    std::tm parts{};
+    const char* rest = ::strptime(date.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
+    ASSERT_NE(nullptr, rest) << date;
+    EXPECT_THAT(rest, ::testing::MatchesRegex("\\.[0-9][0-9][0-9]Z")) << date;
+    EXPECT_LE(std::abs(std::difftime(std::time(nullptr), ::timegm(&parts))), 60);
+    program.RemainingLines();
+}
+
+TEST_F(SimProgramTest, TakesCommandsFromStandardInput) {
+    Network().AddFieldAddresses({kIp});
+    Program program(Network(), std::string("--zcu 33@") + kIp + " --status-period 0 --commands --duration 20",
+                    "printf 'help\\nsing\\nend\\n'");
+    const std::vector<Json> commands = Of(program.RemainingLines(), "command");
+    EXPECT_EQ(0, program.End());
+    ASSERT_EQ(3U, commands.size());
+    EXPECT_EQ("done", commands[0].at("result"));
+    EXPECT_GE(commands[0].at("lines").size(), 30U);
+    EXPECT_EQ("\"sing\" is no command", commands[1].at("error"));
+    EXPECT_EQ("input", commands[1].at("origin"));
+    EXPECT_EQ("end", commands[2].at("text"));
+}
+
+TEST_F(SimProgramTest, TheEndOfTheCommandsIsNotTheEndOfTheRun) {
+    Program program(Network(), "--commands --duration 0.3", "printf ''");
+    const auto start = std::chrono::steady_clock::now();
+    program.RemainingLines();
+    EXPECT_EQ(0, program.End());
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+}
+
+TEST_F(SimProgramTest, WithCommandsTheHostHasNoInput) {
+    Program program(Network(), "--commands -- sh -c 'read line && exit 1; exit 7'", "printf 'help\\n'");
+    EXPECT_EQ(1U, Of(program.RemainingLines(), "command").size());
+    EXPECT_EQ(7, program.End());
+}
+
+TEST_F(SimProgramTest, EndEndsTheHostToo) {
+    Program program(Network(), "--commands -- sleep 60", "printf 'end\\n'");
+    program.RemainingLines();
+    EXPECT_EQ(0, program.End());
+}
+
+TEST_F(SimProgramTest, PeriodicLinesAreToldAsAsked) {
+    Network().AddFieldAddresses({kIp});
+    const std::string options = std::string("--zcu 33@") + kIp + " --status-period 0.02 --duration 0.5 --periodic ";
+    for (const auto& [which, least, most] : {std::tuple("all", 5U, 50U), {"changes", 1U, 1U}, {"none", 0U, 0U}}) {
+        Program program(Network(), options + which);
+        const std::size_t count = Of(program.RemainingLines(), "sent").size();
+        EXPECT_GE(count, least) << which;
+        EXPECT_LE(count, most) << which;
+        EXPECT_EQ(0, program.End());
+    }
+}
+
+TEST_F(SimProgramTest, UnusableOptionsAndScenariosExitWithTwo) {
+    std::ofstream("bad.yaml") << "node: 9500\ncolour: red\n";
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"--scenario bad.yaml", "k740-sim: bad.yaml:2: \"colour\" is not known here\n"},
+        {"--zcu 33@300.1.1.1", "k740-sim: --zcu 33@300.1.1.1: no IPv4 address: 300.1.1.1\n"},
+        {"--zcu 1000@192.168.1.1", "k740-sim: --zcu 1000@192.168.1.1: zone controller 1000: the ID is not in 1..999\n"},
+        {"--zcu 33@192.168.1.1/10.0.0.1",
+         "k740-sim: --zcu 33@192.168.1.1/10.0.0.1: no multicast group: \"10.0.0.1\"\n"},
+        {"--station nowhere", "k740-sim: --station: no IPv4 address: nowhere\n"},
+        {"--zcu 33@192.168.1.1 --rpk 5000@192.168.1.1",
+         "k740-sim: --rpk 5000@192.168.1.1: paging station 5000: another device has the address 192.168.1.1\n"}};
+    for (const auto& [options, sentence] : cases) {
+        Program program(Network(), options + " 2>&1");
+        EXPECT_EQ(sentence, program.Line());
+        EXPECT_EQ(2, program.End()) << options;
+    }
+    for (const char* options : {"--bogus", "--duration x", "--duration -1", "--node 9499", "--periodic often"}) {
+        Program program(Network(), std::string(options) + " 2>&1");
+        EXPECT_NE("", program.Line());
+        EXPECT_EQ(2, program.End()) << options;
+    }
+}
+
+TEST_F(SimProgramTest, HelpAndVersionAreNoErrors) {
+    Program version(Network(), "--version");
+    EXPECT_TRUE(version.Line().starts_with("k740-sim "));
+    EXPECT_EQ(0, version.End());
+    Program help(Network(), "--help");
+    std::string text;
+    for (std::string line = help.Line(); !line.empty(); line = help.Line()) { text += line; }
+    for (const char* part : {"--scenario", "--commands", "Examples:", "Exit status:"}) {
+        EXPECT_NE(std::string::npos, text.find(part)) << part;
+    }
+    EXPECT_EQ(0, help.End());
 }
 
 } // namespace
