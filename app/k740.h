@@ -1,5 +1,6 @@
-/*
- * K740 control library: the C interface of a controller for IP public-address and voice-alarm installations.
+/**
+ * @file
+ * The C interface of a controller for IP public-address and voice-alarm installations.
  *
  * Initialisation: every function but K740_Initialize, K740_SleepStart, K740_SleepEnd and K740_SetTrainStatus
  * initialises the library when that has not happened yet, and returns -1 when it fails. A process initialises once:
@@ -33,8 +34,11 @@
 extern "C" {
 #endif
 
-/* ------------------------------------------------------------------------------------------------ callback types */
-/* The library ignores what a callback returns. */
+/**
+ * @defgroup callback_types Callback types
+ * The library ignores what a callback returns.
+ * @{
+ */
 
 /**
  * State of a zone controller: after every change, within about half a second, and once every 5 s.
@@ -80,8 +84,11 @@ typedef int (*PZONESTATUS)(int deviceID, int* states, unsigned* tasks);
 typedef int (*PZCUVOLUME)(int deviceID, int* volumes);
 
 /**
- * State of a task: 0 ended, 1 accepted, 2 broadcasting, -1 no free channel, -2 group not joined, -3 no zone controller
- * could be triggered.
+ * State of a task, at every change.
+ *
+ * @param taskID task, 1..50000
+ * @param status 0 ended, 1 accepted, 2 broadcasting, -1 no free channel, -2 group not joined, -3 no zone controller
+ *               could be triggered
  */
 typedef int (*PTASKSTATUS)(int taskID, int status);
 
@@ -142,7 +149,12 @@ typedef int (*PINTERCOMMESSAGE)(int stationID, int intercomID, int message);
  */
 typedef int (*PINTERCOMAUDIO)(int stationID, unsigned char* audio, int length);
 
-/* -------------------------------------------------------------------------------------- lifecycle, configuration */
+/** @} */
+
+/**
+ * @defgroup lifecycle Lifecycle and configuration
+ * @{
+ */
 
 /**
  * Initialises the library: sets every setting to its default, creates "k740log", starts the library's threads and
@@ -206,27 +218,37 @@ K740_API int K740_SetNIC(const char* address);
  */
 K740_API int K740_EnterVAMode(int deviceID, int priority);
 
-/** Switches voice-alarm mode off. Arguments and results as for K740_EnterVAMode. */
+/**
+ * Switches voice-alarm (emergency) mode of a zone controller off.
+ *
+ * @param deviceID controller, 1..999
+ * @param priority 1..255, 255 being the highest
+ * @return         0 when the request was sent; -1 otherwise, also for an unknown device
+ */
 K740_API int K740_ExitVAMode(int deviceID, int priority);
 
 /** Pacing record of a host thread; zero it before its first use. */
 typedef struct K740_PACING {
-    int64_t seconds; /* start of the period, of the real-time clock */
-    int64_t microseconds;
-    unsigned char unused[20];
-    int32_t correction; /* milliseconds carried from one period to the next */
+    int64_t seconds;          /**< start of the period, of the real-time clock */
+    int64_t microseconds;     /**< of it, beyond the seconds */
+    unsigned char unused[20]; /**< reserved */
+    int32_t correction;       /**< milliseconds carried from one period to the next */
 } K740_PACING;
 
-/** Marks the start of a period. Null does nothing. Does not initialise the library. */
+/**
+ * Marks the start of a period. Does not initialise the library.
+ *
+ * @param pacing receives the start; null does nothing
+ */
 K740_API void K740_SleepStart(K740_PACING* pacing);
 
 /**
  * Sleeps the length of a period less what former periods ran over, which is counted from -5 to 5 ms. What the period
- * at hand runs over shortens the next one.
+ * at hand runs over shortens the next one. Does not initialise the library.
  *
  * @param periodMs length of the period in milliseconds
  * @param pacing   marked by K740_SleepStart at the start of this period; null does not sleep
- * @return         milliseconds since K740_SleepStart; 0 for null. Does not initialise the library.
+ * @return         milliseconds since K740_SleepStart; 0 for null
  */
 K740_API int K740_SleepEnd(unsigned periodMs, K740_PACING* pacing);
 
@@ -238,20 +260,53 @@ K740_API int K740_SleepEnd(unsigned periodMs, K740_PACING* pacing);
  */
 K740_API int K740_EnableCallbackLog(int enable);
 
-/* ------------------------------------------------------------------------------------------------------ callbacks */
+/** @} */
 
-/** Registers the callbacks of devices and tasks. A null pointer switches its callback off. @return 0 */
+/**
+ * @defgroup callbacks Callbacks
+ * @{
+ */
+
+/**
+ * Registers the callbacks of devices and tasks. A null pointer switches its callback off.
+ *
+ * @param zcuStatus   states of zone controllers
+ * @param zoneStatus  states of their zones
+ * @param zcuVolume   their volumes
+ * @param taskStatus  states of tasks
+ * @param monitorZone audio of monitored zones
+ * @param rpkStatus   states of paging stations
+ * @param rpkPTTAudio their push-to-talk audio
+ * @return            0
+ */
 K740_API int K740_SetDeviceCallback(PZCUSTATUS zcuStatus, PZONESTATUS zoneStatus, PZCUVOLUME zcuVolume,
                                     PTASKSTATUS taskStatus, PMONITORZONE monitorZone, PRPKSTATUS rpkStatus,
                                     PRPKPTTAUDIO rpkPTTAudio);
 
-/** Registers the callbacks of virtual zone controllers. A null pointer switches its callback off. @return 0 */
+/**
+ * Registers the callbacks of virtual zone controllers. A null pointer switches its callback off.
+ *
+ * @param trainMessage begin and end of what they play
+ * @param trainAudio   audio that they play
+ * @return             0
+ */
 K740_API int K740_SetTrainCallback(PTRAINMESSAGE trainMessage, PTRAINAUDIO trainAudio);
 
-/** Registers the callbacks of intercom calls. A null pointer switches its callback off. @return 0 */
+/**
+ * Registers the callbacks of intercom calls. A null pointer switches its callback off.
+ *
+ * @param intercomMessage events of calls; without it intercoms can neither call nor answer
+ * @param intercomAudio   audio of stations in a call
+ * @return                0
+ */
 K740_API int K740_SetIntercomCallback(PINTERCOMMESSAGE intercomMessage, PINTERCOMAUDIO intercomAudio);
 
-/* -------------------------------------------------------------------------------------------------------- devices */
+/** @} */
+
+/**
+ * @defgroup devices Devices
+ * @{
+ */
 
 /**
  * Registers a device and greets it: a zone controller or paging station is sent a heartbeat at once and counts as off
@@ -259,7 +314,8 @@ K740_API int K740_SetIntercomCallback(PINTERCOMMESSAGE intercomMessage, PINTERCO
  *
  * @param deviceID   types 0, 1 and 9: 1..999; types 2 and 10: 5000..5999; type 3: 7000..7999; others: any
  * @param deviceType 0 and 1 zone controller (version 2, version 3), 2 paging station, 3 network AUX interface, 9
- * virtual zone controller and 10 virtual paging station (both played by the library itself), 4..8 others
+ *                   virtual zone controller and 10 virtual paging station (both played by the library itself), 4..8
+ *                   others
  * @param address    IPv4 address, unique among the devices; types 9 and 10 need none, but one that is given must be
  *                   unique too
  * @return           0; -1 for a bad argument, an ID or address in use or a full table; the log says which
@@ -283,13 +339,14 @@ K740_API int K740_GetDeviceVersion(int deviceID, char* text, int size);
 /**
  * Forgets a device. A virtual zone controller stops playing, and push-to-talk audio of a paging station ends.
  *
- * @return 0; -1 when it is not registered
+ * @param deviceID any registered device
+ * @return         0; -1 when it is not registered
  */
 K740_API int K740_RemoveDevice(int deviceID);
 
 /**
- * Copies the list of registered devices, by ascending ID, as text: "<ID>   <type> <address>;" for each device, such as
- * "1   1 192.168.1.20;".
+ * Copies the list of registered devices as text, by ascending ID. Each is its ID, three blanks, its type, one blank,
+ * its address and a semicolon, such as "1   1 192.168.1.20;".
  *
  * @param buffer receives at most size characters and a terminating zero; size + 1 bytes are written, always, so it must
  *               hold as many; null asks for the length only
@@ -310,7 +367,12 @@ K740_API int K740_GetDeviceList(char* buffer, int size);
  */
 K740_API int K740_SetRPKPTTMulticastIP(int deviceID, const char* address);
 
-/* ------------------------------------------------------------------------------------------------ zone controllers */
+/** @} */
+
+/**
+ * @defgroup zone_controllers Zone controllers
+ * @{
+ */
 
 /**
  * Sets output volumes of a zone controller. Returns without waiting; some 200 ms after the controller has acknowledged
@@ -335,7 +397,7 @@ K740_API int K740_GetVolume(int deviceID);
 /**
  * Silences zones, whatever they play. Returns without waiting.
  *
- * @param zones as for tasks, see below
+ * @param zones see @ref zones
  * @return      0; -1 for null or bad zones
  */
 K740_API int K740_CloseZones(const char* zones);
@@ -349,7 +411,7 @@ K740_API int K740_CloseZones(const char* zones);
  * @param zone     1..8
  * @param start    1 start, 0 end
  * @return         0; 1 the zone is monitored already; -1 bad argument or no such controller; -2 five zones are
- * monitored
+ *                 monitored
  */
 K740_API int K740_MonitorZone(int deviceID, int zone, int start);
 
@@ -363,11 +425,18 @@ K740_API int K740_MonitorZone(int deviceID, int zone, int start);
  */
 K740_API int K740_SetTrainStatus(int deviceID, int status);
 
-/* ---------------------------------------------------------------------------------------------------------- tasks */
-/*
+/** @} */
+
+/**
+ * @defgroup zones Naming zones
  * Zones are named by a text of items separated by ";", each of six hexadecimal characters: four for the ID of the zone
  * controller and two for its zones (bit 0 = zone 1), such as "0021FF;002203". "FFFFFF" names every zone of every
  * registered controller. One item at least must name a registered controller.
+ */
+
+/**
+ * @defgroup tasks Tasks
+ * @{
  */
 
 /**
@@ -378,7 +447,7 @@ K740_API int K740_SetTrainStatus(int deviceID, int status);
  * @param volume           0..100 percent
  * @param priority         56..255, 255 being the highest
  * @param recovery         1: zone controllers return to what they played before; 0: their stream is ended for good
- * @param zones            see above; blanks around it are dropped
+ * @param zones            see @ref zones; blanks around it are dropped
  * @param dryContactOutput 1: switch the zones' contact outputs; 0: leave them
  * @return                 0 accepted; -1 bad argument; -2 the task is accepted or broadcasting already; -3 200 tasks
  *                         are, AUX tasks included: the state becomes -1, and PTASKSTATUS is called with it
@@ -387,16 +456,17 @@ K740_API int K740_StartAudioStreamTask(int taskID, int volume, int priority, int
                                        int dryContactOutput);
 
 /**
- * Starts a task that broadcasts an AUX input, which its device sends to a multicast group. Returns at once, as above.
+ * Starts a task that broadcasts an AUX input, which its device sends to a multicast group. Returns at once;
+ * PTASKSTATUS tells how the task goes on, as for K740_StartAudioStreamTask.
  *
  * @param taskID           1..50000
- * @param priority         56..255
+ * @param priority         56..255, 255 being the highest
  * @param deviceID         7000..7999 with AUX port 0..4, or 1..999 with AUX port 0..2
  * @param multicastIP      group to which the device sends
  * @param auxPort          see deviceID
- * @param recovery         0 or 1
- * @param zones            see above
- * @param dryContactOutput 0 or 1
+ * @param recovery         0 or 1, as for K740_StartAudioStreamTask
+ * @param zones            see @ref zones
+ * @param dryContactOutput 0 or 1, as for K740_StartAudioStreamTask
  * @return                 0 accepted; -1 bad argument; -2 the task is accepted or broadcasting already
  */
 K740_API int K740_StartNetAUXTask(int taskID, int priority, int deviceID, const char* multicastIP, int auxPort,
@@ -406,7 +476,12 @@ K740_API int K740_StartNetAUXTask(int taskID, int priority, int deviceID, const 
  * Plays audio files as an audio stream task. Blocks until playing is over; the task can be stopped from another thread.
  * PTASKSTATUS tells how the task goes on.
  *
- * @param taskID           1..50000, and so on as for K740_StartAudioStreamTask
+ * @param taskID           1..50000
+ * @param volume           0..100 percent
+ * @param priority         56..255, 255 being the highest
+ * @param recovery         0 or 1, as for K740_StartAudioStreamTask
+ * @param zones            see @ref zones; blanks around it are dropped
+ * @param dryContactOutput 0 or 1, as for K740_StartAudioStreamTask
  * @param files            paths, separated by "|", blanks around each dropped: raw PCM of 44.1 kHz behind a header of
  *                         100 bytes, which are skipped whatever they are. The audio stream format must be 0. A file
  *                         that cannot be opened is logged and left out
@@ -424,11 +499,17 @@ K740_API int K740_StartAudioFileTask(int taskID, int volume, int priority, int r
  * for the answers of its zone controllers, for up to some 4 s, and then reports 0 or the state that it failed with. For
  * any other task PTASKSTATUS is called with state 0 during this call.
  *
- * @return 0; -1 when the ID is outside 1..50000
+ * @param taskID task, 1..50000
+ * @return       0; -1 when the ID is outside 1..50000
  */
 K740_API int K740_StopTask(int taskID);
 
-/** @return state of the task (see PTASKSTATUS), 0 when unknown; -1 also when the ID is outside 1..50000 */
+/**
+ * Reads the state of a task.
+ *
+ * @param taskID task, 1..50000
+ * @return       state of the task (see PTASKSTATUS), 0 when unknown; -1 also when the ID is outside 1..50000
+ */
 K740_API int K740_GetTaskStatus(int taskID);
 
 /**
@@ -443,7 +524,9 @@ K740_API int K740_GetRunningTasks(int* ids, int maxCount);
 /**
  * Makes more zone controllers join a broadcasting task. Returns without waiting for them.
  *
- * @return 0; -1 for bad zones; -2 when the task is not broadcasting
+ * @param taskID task, 1..50000
+ * @param zones  see @ref zones
+ * @return       0; -1 for bad zones; -2 when the task is not broadcasting
  */
 K740_API int K740_AddZones(int taskID, const char* zones);
 
@@ -459,7 +542,12 @@ K740_API int K740_AddZones(int taskID, const char* zones);
  */
 K740_API int K740_SendAudioStreamProc(int taskID, unsigned char* data, int length);
 
-/* ------------------------------------------------------------------------------------------------ paging stations */
+/** @} */
+
+/**
+ * @defgroup paging_stations Paging stations
+ * @{
+ */
 
 /**
  * Tells a paging station to start one of its own tasks. Blocks until it answers, for up to some 4 s.
@@ -467,12 +555,18 @@ K740_API int K740_SendAudioStreamProc(int taskID, unsigned char* data, int lengt
  * @param deviceID paging station, 5000..5999
  * @param taskID   3 or 7
  * @param priority 56..255
- * @param zones    see above; at most 97 items
+ * @param zones    see @ref zones; at most 97 items
  * @return         0 done; -1 bad argument or unknown station; -2 no answer; -3 the station refused
  */
 K740_API int K740_StartRPKTask(int deviceID, int taskID, int priority, const char* zones);
 
-/** Tells a paging station to stop one of its own tasks. Arguments, blocking and results as for K740_StartRPKTask. */
+/**
+ * Tells a paging station to stop one of its own tasks. Blocks until it answers, for up to some 4 s.
+ *
+ * @param deviceID paging station, 5000..5999
+ * @param taskID   3 or 7
+ * @return         0 done; -1 bad argument or unknown station; -2 no answer; -3 the station refused
+ */
 K740_API int K740_StopRPKTask(int deviceID, int taskID);
 
 /**
@@ -488,45 +582,58 @@ K740_API int K740_StopRPKTask(int deviceID, int taskID);
 K740_API int K740_StartRPKMonitor(int deviceID, int zcuID, int zone);
 
 /**
- * Tells a paging station to stop listening to the zone of the last K740_StartRPKMonitor. Blocks and results as for it.
+ * Tells a paging station to stop listening to the zone of the last K740_StartRPKMonitor. Blocks until it answers, for
+ * up to some 4 s.
+ *
+ * @param deviceID registered paging station
+ * @return         0 done; -1 bad argument or no such device; -2 no answer; -3 the station refused
  */
 K740_API int K740_StopRPKMonitor(int deviceID);
 
-/* ------------------------------------------------------------------------------------------------------- intercoms */
-/*
+/** @} */
+
+/**
+ * @defgroup intercoms Intercoms
  * A virtual paging station (device type 10) is an intercom: the host talks through it to paging stations, one at a
  * time. Its calls need a PINTERCOMMESSAGE callback. A call that rings for 60 s is hung up, without a message.
+ * @{
  */
 
 /**
  * Calls a paging station. It answers with message 3 (accepted) or 2 (refused).
  *
- * @return 0; -1 no PINTERCOMMESSAGE; -2 no registered intercom or no registered paging station; -3 the intercom is
- *         ringing or talking
+ * @param intercomID virtual paging station
+ * @param stationID  paging station
+ * @return           0; -1 no PINTERCOMMESSAGE; -2 no registered intercom or no registered paging station; -3 the
+ *                   intercom is ringing or talking
  */
 K740_API int K740_Invite(int intercomID, int stationID);
 
 /**
  * Accepts the call of a paging station, after message 1. Audio flows from then on.
  *
- * @return 0; -1 no PINTERCOMMESSAGE; -2 no registered intercom or no registered paging station; -3 the intercom is not
- *         ringing
+ * @param intercomID virtual paging station
+ * @param stationID  paging station
+ * @return           0; -1 no PINTERCOMMESSAGE; -2 no registered intercom or no registered paging station; -3 the
+ *                   intercom is not ringing
  */
 K740_API int K740_Accept(int intercomID, int stationID);
 
 /**
  * Ends a call, or refuses it. Takes some 20 ms. Audio that waits to be sent is dropped.
  *
- * @return 0, whether there was a call or not; -1 no PINTERCOMMESSAGE; -2 no registered intercom
+ * @param intercomID virtual paging station
+ * @return           0, whether there was a call or not; -1 no PINTERCOMMESSAGE; -2 no registered intercom
  */
 K740_API int K740_HangUp(int intercomID);
 
 /**
  * Reads the state of an intercom.
  *
- * @param status    receives 1 ringing, 2 talking, 3 idle; may be null
- * @param stationID receives the paging station of the current or last call, 0 for none; may be null
- * @return          0; -1 no registered intercom
+ * @param intercomID virtual paging station
+ * @param status     receives 1 ringing, 2 talking, 3 idle; may be null
+ * @param stationID  receives the paging station of the current or last call, 0 for none; may be null
+ * @return           0; -1 no registered intercom
  */
 K740_API int K740_GetIntercomStatus(int intercomID, int* status, int* stationID);
 
@@ -535,12 +642,15 @@ K740_API int K740_GetIntercomStatus(int intercomID, int* status, int* stationID)
  * 3 s after the call was accepted on; what was queued until then is dropped. Any size; several threads may feed one
  * intercom, each block stays whole.
  *
- * @param data   44.1 kHz; copied
- * @param length bytes, at least 1
- * @return       0; -1 bad argument or no PINTERCOMMESSAGE; -2 the intercom is not talking; -3 no room (1 MiB waits,
- * some 12 s), the block is dropped whole
+ * @param intercomID virtual paging station
+ * @param data       44.1 kHz; copied
+ * @param length     bytes, at least 1
+ * @return           0; -1 bad argument or no PINTERCOMMESSAGE; -2 the intercom is not talking; -3 no room (1 MiB
+ *                   waits, some 12 s), the block is dropped whole
  */
 K740_API int K740_SendIntercomAudio(int intercomID, unsigned char* data, int length);
+
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -10,7 +10,7 @@ set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-find_package(Threads REQUIRED)
+find_package(Threads REQUIRED GLOBAL) # a project that contains this one links it too
 
 set(K740_SANITIZE "" CACHE STRING "Comma-separated sanitizers, such as address,undefined or thread")
 
@@ -18,7 +18,7 @@ add_library(k740_compile INTERFACE)
 target_include_directories(k740_compile INTERFACE ${PROJECT_SOURCE_DIR})
 target_link_libraries(k740_compile INTERFACE Threads::Threads)
 target_compile_options(k740_compile INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Werror
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 $<$<BOOL:${K740_WERROR}>:-Werror>
   -ffp-contract=off) # the resampler's results must not depend on fused multiply-add
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   target_compile_options(k740_compile INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wthread-safety>)

@@ -53,7 +53,7 @@ bool CFileTask::PlayFile(const std::string& path, int pass, int repeat) {
         return false;
     }
     std::array<unsigned char, kChunkBytes> chunk{};
-    static_cast<void>(std::fread(chunk.data(), 1, kSkippedBytes, file.get()));
+    [[maybe_unused]] const std::size_t skipped = std::fread(chunk.data(), 1, kSkippedBytes, file.get());
     m_app.Log().PushLog("", kLogInfo, Format("Start to play file %s, repeat %d/%d, ...", path.c_str(), pass, repeat));
 
     bool pushed = false;

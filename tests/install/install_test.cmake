@@ -1,17 +1,25 @@
-function(run)
-  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
-  if(NOT result EQUAL 0)
-    message(FATAL_ERROR "${ARGN}: ${result}\n${output}")
-  endif()
-endfunction()
+# Installs the three components and moves them to where the other tests use them.
+include(${CMAKE_CURRENT_LIST_DIR}/steps.cmake)
 
-file(REMOVE_RECURSE ${PREFIX})
-run(${CMAKE_COMMAND} --install ${BUILD_DIRECTORY} --prefix ${PREFIX})
-set(sanitize "")
-if(SANITIZE)
-  set(sanitize -fsanitize=${SANITIZE})
-endif()
-set(libraries ${PREFIX}/${LIBRARY_DIRECTORY})
-run(${C_COMPILER} -std=c99 -pedantic -Wall -Wextra -Werror ${sanitize} -I${PREFIX}/include ${HOST_SOURCE}
-  -L${libraries} -lk740 -Wl,-rpath,${libraries} -o ${PREFIX}/host)
-run(${PREFIX}/host)
+set(first ${INSTALLATION}.first)
+file(REMOVE_RECURSE ${first} ${INSTALLATION})
+foreach(component runtime dev tools)
+  run(${CMAKE_COMMAND} --install ${BUILD_DIRECTORY} --prefix ${first} --component ${component})
+endforeach()
+file(RENAME ${first} ${INSTALLATION})
+
+expect_files(${INSTALLATION} include/k740/k740.h ${LIBRARY_DIRECTORY}/libk740.a ${LIBRARY_DIRECTORY}/libk740.so
+  ${LIBRARY_DIRECTORY}/libk740.so.1 ${LIBRARY_DIRECTORY}/libk740.so.${VERSION}
+  ${LIBRARY_DIRECTORY}/pkgconfig/k740.pc ${LIBRARY_DIRECTORY}/cmake/k740/k740Config.cmake
+  bin/k740-sim bin/k740-wavmatch bin/k740demo)
+
+file(GLOB_RECURSE descriptions ${INSTALLATION}/*.cmake ${INSTALLATION}/*.pc)
+foreach(description IN LISTS descriptions)
+  file(READ ${description} text)
+  foreach(directory ${BUILD_DIRECTORY} ${first})
+    string(FIND "${text}" ${directory} place)
+    if(NOT place EQUAL -1)
+      message(FATAL_ERROR "${description} names ${directory}")
+    endif()
+  endforeach()
+endforeach()

@@ -1,0 +1,16 @@
+# Starts the installed sample host, which has to find the installed library.
+include(${CMAKE_CURRENT_LIST_DIR}/steps.cmake)
+
+set(ENV{LD_LIBRARY_PATH})
+foreach(program k740-sim k740demo)
+  run(${INSTALLATION}/bin/${program} --help)
+endforeach()
+run(ldd ${INSTALLATION}/bin/k740demo)
+get_filename_component(library ${INSTALLATION}/${LIBRARY_DIRECTORY}/libk740.so.1 REALPATH)
+if(NOT output MATCHES "libk740.so.1 => ([^ ]+)")
+  message(FATAL_ERROR "The sample host does not need the library:\n${output}")
+endif()
+get_filename_component(used ${CMAKE_MATCH_1} REALPATH)
+if(NOT used STREQUAL library)
+  message(FATAL_ERROR "The sample host uses ${used}")
+endif()
