@@ -1,15 +1,12 @@
 // The sample host as a program, beside simulated devices.
+#include "tests/support/child_program.h"
 #include "tests/support/private_network_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
 #include <chrono>
-#include <cstdio>
 #include <string>
-#include <utility>
 
 namespace k740::test {
 namespace {
@@ -28,38 +25,11 @@ constexpr auto kPatience = 10s;
 // the time zone, under a lock of its own, which the thread sanitizer does not see.
 constexpr const char* kEnvironment = "TZ=UTC ";
 
-/// The sample host in `station`, its output on a pipe.
-class Host {
+/// The sample host in `station`.
+class Host : public ChildProgram {
 public:
-    explicit Host(const std::string& arguments) {
-        m_output = ::popen(
-            (std::string("exec env ") + kEnvironment + K740_SAMPLE_HOST + ' ' + arguments + " 2>&1").c_str(), "re");
-    }
-    ~Host() {
-        if (m_output != nullptr) { ::pclose(m_output); }
-    }
-    Host(const Host&) = delete;
-    Host& operator=(const Host&) = delete;
-
-    /// @return the next line, empty at the end of the output
-    [[nodiscard]] std::string Line() {
-        std::array<char, 4096> line{};
-        return std::fgets(line.data(), static_cast<int>(line.size()), m_output) != nullptr ? line.data() : "";
-    }
-    /// Reads until a line has this text. @return the line, empty when there is none
-    [[nodiscard]] std::string LineWith(const std::string& text) {
-        std::string line = Line();
-        while (!line.empty() && line.find(text) == std::string::npos) { line = Line(); }
-        return line;
-    }
-    /// Waits for the end; the exit status.
-    int End() {
-        while (!Line().empty()) {}
-        return WEXITSTATUS(::pclose(std::exchange(m_output, nullptr)));
-    }
-
-private:
-    FILE* m_output = nullptr;
+    explicit Host(const std::string& arguments)
+        : ChildProgram(std::string("env ") + kEnvironment + K740_SAMPLE_HOST + ' ' + arguments) {}
 };
 
 std::string Files() {
