@@ -2,42 +2,27 @@
 #pragma once
 
 #include "sim/private_network.h"
+#include "tests/support/child_program.h"
 
-#include <sys/wait.h>
-
-#include <array>
-#include <cstdio>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace k740::test {
 
 using Json = nlohmann::json;
 
-/// A k740-sim in `field` with its output on a pipe.
+/// A k740-sim in `field`.
 class Program {
 public:
     /// @param writer  shell command whose output the program has as its input; without it there is none
     Program(const sim::PrivateNetwork& network, const std::string& arguments, const std::string& writer = "") {
-        const std::string command = (writer.empty() ? "exec " : writer + " | ") + K740_SIM_PROGRAM + ' ' + arguments;
-        network.RunInField([&] { m_output = ::popen(command.c_str(), "re"); });
+        const std::string start = writer.empty() ? "" : writer + " | ";
+        network.RunInField([&] { m_program.emplace(start + K740_SIM_PROGRAM + ' ' + arguments); });
     }
-    ~Program() {
-        if (m_output != nullptr) { ::pclose(m_output); }
-    }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
 
-    [[nodiscard]] std::string Line() {
-        std::string line;
-        std::array<char, 4096> part{};
-        while (!line.ends_with('\n') && std::fgets(part.data(), static_cast<int>(part.size()), m_output) != nullptr) {
-            line += part.data();
-        }
-        return line;
-    }
+    [[nodiscard]] std::string Line() { return m_program->Line(); }
     /// Reads until the program ends.
     std::vector<Json> RemainingLines() {
         std::vector<Json> lines;
@@ -45,10 +30,10 @@ public:
         return lines;
     }
     /// Waits for the end; the exit status.
-    int End() { return WEXITSTATUS(::pclose(std::exchange(m_output, nullptr))); }
+    int End() { return m_program->End(); }
 
 private:
-    FILE* m_output = nullptr;
+    std::optional<ChildProgram> m_program;
 };
 
 inline std::vector<Json> Of(const std::vector<Json>& lines, const std::string& event) {
