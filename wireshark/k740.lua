@@ -45,7 +45,7 @@ local kCallAnswers = { [0] = "rings", [1] = "accepted", [2] = "hung up or busy" 
 local kTalkStates = { [0] = "rings", [1] = "talks", [2] = "idle" }
 local kStationStates = { [255] = "off line" }
 local kControllerStates = { [255] = "off line" }
-local kZoneStates = { [4] = "idle", [5] = "playing", [8] = "out of use", [0x26] = "absent" }
+local kZoneStates = { [4] = "idle", [5] = "playing" }
 
 local function is_device(id, kind)
     local low, high = kDeviceKinds[kind][1], kDeviceKinds[kind][2]

@@ -4,6 +4,8 @@ The command runs the simulator with the sample host, in the directory OUT. There
 log and the recordings; what the sample host prints goes to host.txt.
 """
 
+import os
+import signal
 import subprocess
 import sys
 from pathlib import Path
@@ -14,15 +16,26 @@ from field_log import FieldLog
 from host_log import HostLog
 from timeline import Timeline
 
+EXIT_INTERRUPTED = 130  # as shells count
 TITLES = ("HOST 192.168.1.166 (the sample host)", "FIELD (simulated devices)")
 
 
 def run(out, command, sources):
     """Runs the command and prints the timeline meanwhile; the exit status."""
     with (out / "host.txt").open("w", encoding="utf-8") as printed:
-        with subprocess.Popen(command, cwd=out, stdin=subprocess.DEVNULL, stdout=printed) as process:
-            Timeline(sources, TITLES, lambda line: print(line, flush=True)).follow(lambda: process.poll() is None)
+        with subprocess.Popen(
+            command, cwd=out, stdin=subprocess.DEVNULL, stdout=printed, process_group=0
+        ) as process:
+            try:
+                Timeline(sources, TITLES, lambda line: print(line, flush=True)).follow(lambda: process.poll() is None)
+            finally:
+                if process.poll() is None:  # interrupted
+                    os.killpg(process.pid, signal.SIGTERM)
             return process.returncode
+
+
+def interrupt(*_):
+    raise KeyboardInterrupt
 
 
 def main(arguments):
@@ -39,11 +52,13 @@ def main(arguments):
     print()
     for line in table.render(["audio, in datagrams", "sent", "heard", "lost", "match"], [r.row for r in all_routes]):
         print(line)
+    print("Without a match: the sample host keeps nothing of the audio that it is handed, it is only counted.")
     print(f"states of task 1001: {host.task_states}; messages of the call: {host.call_messages}")
     print()
     for recording in recordings:
-        print(f"Listen to {recording.heard}")
-        print(f"  look at {recording.heard.with_suffix('.png')}")
+        if recording.heard.exists():
+            print(f"Listen to {recording.heard}")
+            print(f"  look at {recording.picture}")
     missing = unmet(field, host, all_routes, exit_status)
     for sentence in missing:
         print(f"FAILED: {sentence}", file=sys.stderr)
@@ -51,4 +66,8 @@ def main(arguments):
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))
+    signal.signal(signal.SIGTERM, interrupt)
+    try:
+        sys.exit(main(sys.argv[1:]))
+    except KeyboardInterrupt:
+        sys.exit(EXIT_INTERRUPTED)

@@ -23,7 +23,12 @@ DULL = ("Register callback", "K740_SetTrainStatus", "PZONESTATUS")
 
 def arguments(text):
     """Splits a callback's arguments; an array in braces is one of them."""
-    return [part.strip() for part in re.findall(r"\{[^}]*\}|[^,{}]+", text) if part.strip()]
+    return [signed(part.strip()) for part in re.findall(r"\{[^}]*\}|[^,{}]+", text) if part.strip()]
+
+
+def signed(text):
+    """The log writes negative numbers as those of 32 bits without a sign."""
+    return str(int(text) - 2**32) if text.isdecimal() and int(text) >= 2**31 else text
 
 
 class HostLog:

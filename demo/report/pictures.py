@@ -16,7 +16,7 @@ SIZE_INCHES = (12, 9)
 
 def _waveform(axes, sound, offset, title):
     times = offset + numpy.arange(len(sound.samples)) / sound.rate
-    axes.plot(times, sound.samples / FULL_SCALE, linewidth=0.3)
+    axes.plot(times, sound.samples / FULL_SCALE, linewidth=0.3, color="tab:blue")
     axes.set(title=title, ylabel="of full scale", ylim=(-1, 1))
 
 
@@ -32,16 +32,17 @@ def _spectrogram(axes, sound, offset):
     axes.pcolormesh(offset + times, frequencies / 1000, decibels, vmin=QUIETEST_DB, vmax=LOUDEST_DB, shading="nearest")
 
 
-def draw(path, sent, heard, match, titles):
-    """Draws both sounds on the time axis of what was heard, the sent one at the place where it was found.
+def draw(path, sent, heard, offsets, titles):
+    """Draws both sounds on the time axis of what was heard, the sent one at the places where it was found.
 
-    titles: of what was sent and of what was heard
+    offsets: of these places, in s; titles: of what was sent and of what was heard
     """
     figure, axes = plot.subplots(4, 1, sharex=True, figsize=SIZE_INCHES, constrained_layout=True)
-    _waveform(axes[0], sent, match.offset, f"sent: {titles[0]}")
-    _spectrogram(axes[1], sent, match.offset)
-    _waveform(axes[2], heard, 0, f"heard: {titles[1]} (correlation {match.correlation:.4f})")
+    for offset in offsets:
+        _waveform(axes[0], sent, offset, f"sent: {titles[0]}")
+        _spectrogram(axes[1], sent, offset)
+    _waveform(axes[2], heard, 0, f"heard: {titles[1]}")
     _spectrogram(axes[3], heard, 0)
-    axes[3].set(xlabel="s", xlim=(min(match.offset, 0), max(heard.length, match.offset + sent.length)))
+    axes[3].set(xlabel="s", xlim=(0, heard.length))
     figure.savefig(path, dpi=100)
     plot.close(figure)

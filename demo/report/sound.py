@@ -5,6 +5,8 @@ from dataclasses import dataclass
 
 import numpy
 
+LONGEST_PAUSE_S = 0.1  # between two passes: the sample host repeats a block of 20 ms, and plays the file's header
+ANOTHER_SOUND = 0.5  # correlation that another sound does not reach
 BYTE_ORDER = "<i2"  # 16-bit little endian
 
 
@@ -40,6 +42,26 @@ def read(path):
 def _cross_correlation(long, short):
     size = 1 << (len(long) + len(short) - 1).bit_length()
     return numpy.fft.irfft(numpy.fft.rfft(long, size) * numpy.conj(numpy.fft.rfft(short, size)), size)
+
+
+def passes(sent, heard):
+    """Finds the whole passes of a sound that is played over and over, from the first one to where it breaks off."""
+    pause = int(LONGEST_PAUSE_S * heard.rate)
+    found, begin, length = [], 0, len(sent.samples)
+    windows = (length + pause, 2 * length + pause)  # the first one may come behind a part of another
+    while True:
+        match = next(filter(None, (_whole_pass(sent, heard, begin, window) for window in windows)), None)
+        if match is None:
+            return found
+        found.append(match)
+        begin = round(match.offset * heard.rate) + length
+        windows = windows[:1]
+
+
+def _whole_pass(sent, heard, begin, window):
+    match = find(sent, Sound(heard.samples[begin : begin + window], heard.rate))
+    match.offset += begin / heard.rate
+    return match if match.heard == 1 and match.correlation > ANOTHER_SOUND else None
 
 
 def find(sent, heard):

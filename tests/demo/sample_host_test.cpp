@@ -29,11 +29,11 @@ constexpr const char* kEnvironment = "TZ=UTC ";
 class Host : public ChildProgram {
 public:
     explicit Host(const std::string& arguments)
-        : ChildProgram(std::string("env ") + kEnvironment + K740_SAMPLE_HOST + ' ' + arguments) {}
+        : ChildProgram(std::string("env ") + kEnvironment + "'" K740_SAMPLE_HOST "' " + arguments) {}
 };
 
 std::string Files() {
-    return std::string("--task-file ") + K740_ANNOUNCEMENT + " --intercom-file " + K740_ANNOUNCEMENT;
+    return "--task-file '" K740_ANNOUNCEMENT "' --intercom-file '" K740_ANNOUNCEMENT "'";
 }
 
 TEST(SampleHostUsageTest, UnknownOptionsAndUnusableValuesPrintTheUsage) {

@@ -12,8 +12,8 @@ using ::testing::HasSubstr;
 /// The example in Python, with the library of this build.
 class BroadcastPyTest : public ExampleTest {
 protected:
-    static constexpr const char* kStart = K740_PYTHON " " K740_EXAMPLE_SOURCES "/";
-    static constexpr const char* kCommand = "broadcast.py --library " K740_LIBRARY " speech.wav";
+    static constexpr const char* kStart = "'" K740_PYTHON "' '" K740_EXAMPLE_SOURCES "'/";
+    static constexpr const char* kCommand = "broadcast.py --library '" K740_LIBRARY "' speech.wav";
 };
 
 TEST_F(BroadcastPyTest, TheZoneHearsTheWholeFileAndTheInterpreterEnds) {
@@ -40,7 +40,7 @@ TEST_F(BroadcastPyTest, AnotherRateIsRefused) {
 }
 
 TEST_F(BroadcastPyTest, WhatIsNoWavFileIsRefused) {
-    Example host(kStart, "broadcast.py --library " K740_LIBRARY " /dev/null");
+    Example host(kStart, "broadcast.py --library '" K740_LIBRARY "' /dev/null");
     EXPECT_THAT(host.Rest(), HasSubstr("\nEOFError"));
     EXPECT_EQ(1, host.End());
 }

@@ -32,7 +32,7 @@ inline constexpr const char* kStationIP = "192.168.8.99";
 class Example : public ChildProgram {
 public:
     /// @param command  name and arguments, quoted as for a shell
-    explicit Example(const std::string& command) : Example(std::string(K740_EXAMPLES) + '/', command) {}
+    explicit Example(const std::string& command) : Example("'" K740_EXAMPLES "'/", command) {}
     /// @param start  what precedes the command, such as a folder or an input that is piped into it
     Example(const std::string& start, const std::string& command) : ChildProgram(start + command) {}
 };

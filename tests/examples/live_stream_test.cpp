@@ -19,7 +19,7 @@ TEST_F(LiveStreamTest, TheZoneHearsTheWholeFile) {
 
 TEST_F(LiveStreamTest, TheZoneHearsStandardInput) {
     sim::ZoneController& controller = AddZoneController(kController, kControllerIP);
-    Example host("cat speech.wav | " K740_EXAMPLES "/", "live_stream -");
+    Example host("cat speech.wav | '" K740_EXAMPLES "'/", "live_stream -");
     EXPECT_EQ(0, host.End());
     ExpectSpeech(controller.HeardIn(1));
 }
