@@ -167,9 +167,9 @@ TEST_F(CommandTest, AStatusTellsZonesAmplifiersAndFaults) {
 
 TEST_F(CommandTest, AStatusNamesTheStatesOfZones) {
     const std::string text = TextOf(Answer(0x8126, Payload(SomeStatus())));
-    for (const char* line :
-         {"Zone 1: State: idle (4)", "Zone 2: State: playing (5)", "Zone 3: State: 8", "Zone 4: State: 38",
-          "Amplifier 8: State: 8", "Zone 2: Task: 1001", "Zone 2: Source: 9500", "Zones with a fault: 0x06 (2-3)"}) {
+    for (const char* line : {"Zone 1: State: idle (4)", "Zone 2: State: playing (5)", "Zone 3: State: Unknown (8)",
+                             "Zone 4: State: Unknown (38)", "Amplifier 8: State: 8", "Zone 2: Task: 1001",
+                             "Zone 2: Source: 9500", "Zones with a fault: 0x06 (2-3)"}) {
         EXPECT_THAT(text, HasSubstr(line));
     }
 }
