@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::uint32_t kAllZones = 0xFF;
 
+} // namespace
+
 std::optional<std::uint32_t> ReadNumber(std::string_view text) {
     const bool hexadecimal = text.starts_with("0x");
     if (hexadecimal) { text.remove_prefix(2); }
@@ -22,14 +24,13 @@ std::optional<std::uint32_t> ReadNumber(std::string_view text) {
     return error == std::errc{} && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
-} // namespace
-
 Arguments::Arguments(const std::string& text) {
-    if (std::count(text.begin(), text.end(), '"') % 2 != 0) {
-        throw std::invalid_argument("a quotation mark is not closed");
-    }
     std::istringstream words(text);
-    for (std::string word; words >> std::quoted(word);) { m_words.push_back(word); }
+    while (!(words >> std::ws).eof()) {
+        std::string word;
+        if (!(words >> std::quoted(word))) { throw std::invalid_argument("a quotation mark is not closed"); }
+        m_words.push_back(word);
+    }
 }
 
 bool Arguments::Skip(const std::string& word) {

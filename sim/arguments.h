@@ -3,15 +3,21 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace k740::sim {
 
+/// Decimal, also behind zeros, or hexadecimal behind 0x. @return nothing for any other text
+std::optional<std::uint32_t> ReadNumber(std::string_view text);
+
 /// Every function that reads throws std::invalid_argument, with what is wrong, when the word is not there or not such.
 class Arguments {
 public:
-    /// @param text  words between blanks; one with blanks in it stands in quotation marks
+    /// @param text  words between blanks; one with blanks in it stands in quotation marks, in which \ precedes a
+    ///              quotation mark or a \ that is part of the word
     explicit Arguments(const std::string& text);
 
     [[nodiscard]] bool AtEnd() const { return m_next == m_words.size(); }

@@ -1,5 +1,6 @@
 #include "sim/cable_tap.h"
 
+#include "sim/receive_buffer.h"
 #include "sim/system_error.h"
 
 #include <arpa/inet.h>
@@ -25,7 +26,9 @@ constexpr std::size_t kHeaderBytes = 128;             // the longest IPv4 header
 FileDescriptor ListenToDevice() {
     // Receives nothing until it is bound to the one device.
     FileDescriptor file(Checked(::socket(AF_PACKET, SOCK_DGRAM | SOCK_CLOEXEC, 0), "packet socket"));
-    ::setsockopt(file.Get(), SOL_SOCKET, SO_RCVBUFFORCE, &kReceiveBufferBytes, sizeof kReceiveBufferBytes);
+    GrowReceiveBuffer(file.Get(), kReceiveBufferBytes);
+    const int yes = 1;
+    Checked(::setsockopt(file.Get(), SOL_PACKET, PACKET_IGNORE_OUTGOING, &yes, sizeof yes), "PACKET_IGNORE_OUTGOING");
     sockaddr_ll address{};
     address.sll_family = AF_PACKET;
     address.sll_protocol = htons(ETH_P_IP);
@@ -56,8 +59,17 @@ CableTap::Counts CableTap::Datagrams() const {
     return m_counts;
 }
 
+std::size_t CableTap::Missed() {
+    tpacket_stats news{};
+    socklen_t size = sizeof news;
+    Checked(::getsockopt(m_socket.Get(), SOL_PACKET, PACKET_STATISTICS, &news, &size), "PACKET_STATISTICS");
+    return m_missed += news.tp_drops; // the system counts from the last look on
+}
+
 void CableTap::Loop() {
-    while (WaitForPacket()) { TakePacket(); }
+    while (WaitForPacket()) {
+        while (TakePacket()) {} // all that wait: a burst must not find the buffer full
+    }
 }
 
 bool CableTap::WaitForPacket() const {
@@ -66,21 +78,24 @@ bool CableTap::WaitForPacket() const {
     return files[0].revents == 0;
 }
 
-void CableTap::TakePacket() {
+bool CableTap::TakePacket() {
     std::array<char, kHeaderBytes> bytes{};
-    sockaddr_ll from{};
-    socklen_t size = sizeof from;
-    const ssize_t length =
-        ::recvfrom(m_socket.Get(), bytes.data(), bytes.size(), MSG_DONTWAIT, reinterpret_cast<sockaddr*>(&from), &size);
-    if (length < static_cast<ssize_t>(sizeof(iphdr)) || from.sll_pkttype == PACKET_OUTGOING) { return; }
+    const ssize_t length = ::recv(m_socket.Get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (length < 0) { return false; }
+    Count(std::span(bytes).first(static_cast<std::size_t>(length)));
+    return true;
+}
+
+void CableTap::Count(std::span<const char> packet) {
     iphdr ip{};
-    std::memcpy(&ip, bytes.data(), sizeof ip);
+    if (packet.size() < sizeof ip) { return; }
+    std::memcpy(&ip, packet.data(), sizeof ip);
     const std::size_t headerLength = ip.ihl * std::size_t{4};
     const bool isFirstFragment = (ntohs(ip.frag_off) & IP_OFFMASK) == 0;
-    const bool isWhole = static_cast<std::size_t>(length) >= headerLength + sizeof(udphdr);
+    const bool isWhole = packet.size() >= headerLength + sizeof(udphdr);
     if (ip.protocol != IPPROTO_UDP || !isFirstFragment || !isWhole) { return; }
     udphdr udp{};
-    std::memcpy(&udp, bytes.data() + headerLength, sizeof udp);
+    std::memcpy(&udp, packet.data() + headerLength, sizeof udp);
     const std::lock_guard lock(m_lock);
     ++m_counts[{Text({ip.daddr}), ntohs(udp.dest)}];
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <span>
 #include <string>
 #include <thread>
 #include <utility>
@@ -29,16 +30,21 @@ public:
 
     /// The counts so far; any thread. A datagram of several fragments counts once.
     [[nodiscard]] Counts Datagrams() const;
+    /// Packets, fragments included, that came while there was no room for them: as many are missing in the counts at
+    /// most. One thread.
+    [[nodiscard]] std::size_t Missed();
 
 private:
     void Loop();
     bool WaitForPacket() const;
-    void TakePacket();
+    bool TakePacket();
+    void Count(std::span<const char> packet);
 
     FileDescriptor m_socket;
     FileDescriptor m_stop; // eventfd
     mutable std::mutex m_lock;
-    Counts m_counts; // guarded by m_lock
+    Counts m_counts;          // guarded by m_lock
+    std::size_t m_missed = 0; // of the thread that asks for it
     std::thread m_thread;
 };
 

@@ -9,9 +9,9 @@
 namespace k740::sim {
 namespace {
 
-const CommandSpec* FindSpec(const std::string& name) {
+const CommandForm* FindForm(const std::string& name) {
     const auto found =
-        std::find_if(Commands().begin(), Commands().end(), [&](const CommandSpec& spec) { return spec.name == name; });
+        std::find_if(Commands().begin(), Commands().end(), [&](const CommandForm& form) { return form.name == name; });
     return found == Commands().end() ? nullptr : &*found;
 }
 
@@ -40,16 +40,16 @@ const CommandTable& Commands() {
 Command ParseCommand(const std::string& text, const CommandContext& context) {
     Arguments arguments(text);
     const std::string name = arguments.Next("the command");
-    const CommandSpec* spec = FindSpec(name);
-    if (spec == nullptr) { throw std::invalid_argument("\"" + name + "\" is no command"); }
-    Action action = spec->parse(arguments, context);
+    const CommandForm* form = FindForm(name);
+    if (form == nullptr) { throw std::invalid_argument("\"" + name + "\" is no command"); }
+    Action action = form->parse(arguments, context);
     arguments.ExpectEnd();
     return {text, std::move(action)};
 }
 
 bool IsDeviceCommand(const std::string& name) {
-    const CommandSpec* spec = FindSpec(name);
-    return spec != nullptr && !spec->syntax.empty();
+    const CommandForm* form = FindForm(name);
+    return form != nullptr && !form->syntax.empty();
 }
 
 void Execute(const Command& command, const std::string& origin, Stage& stage) {

@@ -13,13 +13,13 @@
 namespace k740::sim {
 
 /// One command: how it is written, what it does, and how its words become an action.
-struct CommandSpec {
+struct CommandForm {
     std::string name;
     std::string syntax; ///< of the words behind the name
     std::string help;
     Action (*parse)(Arguments& arguments, const CommandContext& context);
 };
-using CommandTable = std::vector<CommandSpec>;
+using CommandTable = std::vector<CommandForm>;
 
 CommandTable AudioCommands();
 CommandTable CallCommands();

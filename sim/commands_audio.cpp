@@ -18,7 +18,9 @@ AudioStream NextAudio(Arguments& arguments, const CommandContext& context) {
         stream.pcm = Tone(kToneHertz, kSampleRate);
         return stream;
     }
-    stream.pcm = ReadWav(context.directory / arguments.Next("the WAV file"));
+    const std::string file = context.directory / arguments.Next("the WAV file");
+    stream.pcm = ReadWav(file);
+    if (stream.pcm.empty()) { throw std::runtime_error(file + " holds no samples"); }
     if (arguments.Skip("loop")) { return stream; }
     stream.count = (stream.pcm.size() + kSamplesPerDatagram - 1) / kSamplesPerDatagram;
     stream.pcm.resize(*stream.count * kSamplesPerDatagram); // ends with silence

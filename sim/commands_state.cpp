@@ -137,8 +137,8 @@ template <bool kOn> Action SetPower(Arguments& arguments, const CommandContext& 
 
 Action Help(Arguments&, const CommandContext&) {
     return [](Stage& stage) {
-        for (const CommandSpec& spec : Commands()) {
-            stage.said.push_back(spec.name + (spec.syntax.empty() ? "" : ' ' + spec.syntax) + ": " + spec.help);
+        for (const CommandForm& form : Commands()) {
+            stage.said.push_back(form.name + (form.syntax.empty() ? "" : ' ' + form.syntax) + ": " + form.help);
         }
     };
 }

@@ -51,6 +51,10 @@ public:
 
     void SetVersion(const Version& version);
 
+    /// Sends the device's report, if devices of its kind have one, as it is at the time: after the first delay and then
+    /// every period. A period of 0 ends that.
+    virtual void ReportEvery(std::chrono::milliseconds /*period*/, std::chrono::milliseconds /*firstDelay*/) {}
+
     /// A device without power hears nothing and sends nothing, and what it streamed has ended. It has power, unless
     /// set; its settings and the rhythm of its reports outlast a time without.
     void SetPower(bool on);

@@ -42,6 +42,11 @@ void Roster::Add(DeviceKind kind, std::uint32_t id, const std::string& address) 
     m_kinds.emplace(id, kind);
 }
 
+const std::string& CheckedHostAddress(const std::string& address) {
+    DeviceAddress(address);
+    return address;
+}
+
 std::optional<DeviceKind> Roster::KindOf(std::uint32_t id) const {
     const auto found = m_kinds.find(id);
     return found == m_kinds.end() ? std::nullopt : std::optional(found->second);

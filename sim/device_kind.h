@@ -35,6 +35,10 @@ private:
     std::set<std::uint32_t> m_addresses;
 };
 
+/// @return the address
+/// @throws std::invalid_argument when no host can have it, as 0.0.0.0 or a group
+const std::string& CheckedHostAddress(const std::string& address);
+
 /// @return the group
 /// @throws std::invalid_argument when it is no multicast address (224.0.0.0 to 239.255.255.255)
 const std::string& CheckedGroup(const std::string& group);

@@ -132,8 +132,8 @@ Json ToJson(const IntercomRecording& recording, std::uint32_t device) {
             {"samples", recording.samplesHeard}};
 }
 
-Json CableJson(const Endpoint& receiver, std::size_t datagrams) {
-    return {{"event", "cable"}, {"receiver", Text(receiver)}, {"datagrams", datagrams}};
+Json CableJson(const Endpoint& receiver, std::size_t datagrams, std::size_t missed) {
+    return {{"event", "cable"}, {"receiver", Text(receiver)}, {"datagrams", datagrams}, {"missed", missed}};
 }
 
 Json StreamJson(std::uint32_t device, const Endpoint& group, std::size_t datagrams) {

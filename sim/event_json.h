@@ -25,8 +25,9 @@ nlohmann::ordered_json ToJson(const Recording& recording, std::uint32_t device, 
 /// Fields: event "intercom", device, node, and the counts.
 nlohmann::ordered_json ToJson(const IntercomRecording& recording, std::uint32_t device);
 
-/// Fields: event "cable", receiver, datagrams that were sent to it.
-nlohmann::ordered_json CableJson(const Endpoint& receiver, std::size_t datagrams);
+/// Fields: event "cable", receiver, datagrams that were sent to it, missed.
+/// @param missed  packets that were not counted, whoever their receiver is
+nlohmann::ordered_json CableJson(const Endpoint& receiver, std::size_t datagrams, std::size_t missed);
 
 /// Fields: event "streamed", device, group, datagrams.
 nlohmann::ordered_json StreamJson(std::uint32_t device, const Endpoint& group, std::size_t datagrams);

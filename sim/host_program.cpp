@@ -1,14 +1,18 @@
 #include "sim/host_program.h"
 
+#include "sim/file_descriptor.h"
+#include "sim/system_error.h"
+
 #include <fcntl.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <system_error>
 #include <thread>
 
 namespace k740::sim {
@@ -22,51 +26,51 @@ int StatusOf(int waitStatus) {
     return WIFEXITED(waitStatus) ? WEXITSTATUS(waitStatus) : kSignalStatus + WTERMSIG(waitStatus);
 }
 
-/// The simulator holds some signals back; the program shall not.
-class DefaultSignals {
-public:
-    DefaultSignals() {
-        posix_spawnattr_init(&m_attributes);
-        sigset_t none;
-        sigemptyset(&none);
-        posix_spawnattr_setsigmask(&m_attributes, &none);
-        posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK);
-    }
-    ~DefaultSignals() { posix_spawnattr_destroy(&m_attributes); }
-    DefaultSignals(const DefaultSignals&) = delete;
-    DefaultSignals& operator=(const DefaultSignals&) = delete;
-    [[nodiscard]] const posix_spawnattr_t* Get() const { return &m_attributes; }
+bool TakeEmptyInput() {
+    const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    return nothing >= 0 && ::dup2(nothing, STDIN_FILENO) >= 0;
+}
 
-private:
-    posix_spawnattr_t m_attributes{};
-};
+/// Gives the program what it is to have, and what it would have had without the simulator.
+bool Prepare(const HostStart& start, pid_t parent) {
+    sigset_t none;
+    ::sigemptyset(&none);
+    static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
+    ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
+    if (start.endsWithThread && (::prctl(PR_SET_PDEATHSIG, SIGTERM) != 0 || ::getppid() != parent)) { return false; }
+    if (start.descriptors && ::setrlimit(RLIMIT_NOFILE, &*start.descriptors) != 0) { return false; }
+    return !start.emptyInput || TakeEmptyInput();
+}
 
-/// The files that the program begins with.
-class Files {
-public:
-    explicit Files(HostProgram::Input input) {
-        posix_spawn_file_actions_init(&m_actions);
-        if (input == HostProgram::Input::Same) { return; }
-        posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    }
-    ~Files() { posix_spawn_file_actions_destroy(&m_actions); }
-    Files(const Files&) = delete;
-    Files& operator=(const Files&) = delete;
-    [[nodiscard]] const posix_spawn_file_actions_t* Get() const { return &m_actions; }
-
-private:
-    posix_spawn_file_actions_t m_actions{};
-};
+/// Waits until the program has begun. @return 0, or the error number when it could not
+int ReadError(const FileDescriptor& report) {
+    int error = 0;
+    while (::read(report.Get(), &error, sizeof error) < 0 && errno == EINTR) {}
+    return error;
+}
 
 } // namespace
 
-HostProgram::HostProgram(std::vector<std::string> command, Input input) {
+HostProgram::HostProgram(std::vector<std::string> command, const HostStart& start) {
     std::vector<char*> arguments(command.size() + 1, nullptr);
     std::transform(command.begin(), command.end(), arguments.begin(), [](std::string& word) { return word.data(); });
-    const DefaultSignals signals;
-    const Files files(input);
-    const int error = posix_spawnp(&m_process, arguments[0], files.Get(), signals.Get(), arguments.data(), environ);
-    if (error != 0) { throw std::system_error(error, std::generic_category(), "cannot start " + command.at(0)); }
+    std::array<int, 2> ends{};
+    Checked(::pipe2(ends.data(), O_CLOEXEC), "pipe2");
+    const FileDescriptor report(ends[0]);
+    FileDescriptor toReport(ends[1]);
+    const pid_t parent = ::getpid();
+    m_process = Checked(::fork(), "fork"); // posix_spawn cannot make it end with a thread
+    if (m_process == 0) {                  // NB: nothing here takes a lock that another thread may hold
+        if (Prepare(start, parent)) { ::execvp(arguments[0], arguments.data()); }
+        const int error = errno;
+        static_cast<void>(!::write(toReport.Get(), &error, sizeof error));
+        ::_exit(kSignalStatus);
+    }
+    toReport = FileDescriptor();
+    const int error = ReadError(report);
+    if (error == 0) { return; }
+    ::waitpid(m_process, nullptr, 0);
+    throw std::system_error(error, std::generic_category(), "cannot start " + command.at(0));
 }
 
 HostProgram::~HostProgram() {

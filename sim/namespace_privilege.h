@@ -8,7 +8,8 @@ namespace k740::sim {
 ///
 /// Call it first in main. A process that lacks the right starts itself again (/proc/self/exe, same arguments) as the
 /// root user of a new user namespace; this call then does not return: it waits for that process and ends as it ended,
-/// with the same exit status or by the same signal. Where user namespaces are refused it says so in one sentence on
+/// with the same exit status or by the same signal. Meanwhile it passes on what asks for the end (EndSignalSet), and
+/// SIGTERM comes when it is killed itself. Where user namespaces are refused it says so in one sentence on
 /// standard error and exits with status 1.
 ///
 /// @param argv  main's arguments, ended by a null pointer

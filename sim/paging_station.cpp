@@ -52,9 +52,13 @@ void PagingStation::RepeatStatus(const PagingStatus& status, std::chrono::millis
                                  std::chrono::milliseconds firstDelay) {
     OnReactor().Run([&] {
         m_status = status;
-        Repeat(
-            period, [this] { SendStatus(m_status); }, firstDelay);
+        ReportEvery(period, firstDelay);
     });
+}
+
+void PagingStation::ReportEvery(std::chrono::milliseconds period, std::chrono::milliseconds firstDelay) {
+    Repeat(
+        period, [this] { SendStatus(m_status); }, firstDelay);
 }
 
 void PagingStation::ChangeStatus(const std::function<void(PagingStatus&)>& change) {

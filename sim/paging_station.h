@@ -54,6 +54,7 @@ public:
     /// Sends the status after the first delay and then every period; a period of 0 ends that.
     void RepeatStatus(const PagingStatus& status, std::chrono::milliseconds period = std::chrono::seconds(2),
                       std::chrono::milliseconds firstDelay = {});
+    void ReportEvery(std::chrono::milliseconds period, std::chrono::milliseconds firstDelay) override;
     /// Changes the status that is repeated, and sends it at once.
     void ChangeStatus(const std::function<void(PagingStatus&)>& change);
 

@@ -163,6 +163,11 @@ void Reactor::Guard(const Work& work) {
     }
 }
 
+bool Reactor::HasFailed() {
+    const std::lock_guard lock(m_lock);
+    return m_failure != nullptr;
+}
+
 void Reactor::RethrowFailure() {
     std::exception_ptr failure;
     {
@@ -209,8 +214,9 @@ void Reactor::TellWaiters() {
 
 int Reactor::MillisecondsToNextTimer() const {
     if (m_timers.empty()) { return -1; }
+    constexpr std::int64_t kLongestMs = 3'600'000; // a timer may be further away than epoll_wait can count
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_timers.begin()->first - Clock::now());
-    return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, kLongestMs));
 }
 
 } // namespace k740::sim

@@ -33,6 +33,8 @@ public:
 
     /// Any thread. From now on what a handler or timer throws ends it alone, and not the process.
     void CatchFailures() { m_catching = true; }
+    /// Any thread. Whether a handler or timer has thrown since the last RethrowFailure.
+    [[nodiscard]] bool HasFailed();
     /// Any thread. Throws what a handler or timer has thrown since the last time, the first of it; otherwise nothing.
     void RethrowFailure();
 

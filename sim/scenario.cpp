@@ -2,6 +2,7 @@
 
 #include "sim/address.h"
 #include "sim/command.h"
+#include "sim/device_kind.h"
 #include "sim/yaml_reader.h"
 
 #include <limits>
@@ -34,7 +35,7 @@ public:
         };
         m_reader.ForEachKey(
             m_reader.Load(),
-            {{"station", [this](const auto& value) { Default(m_options.stationAddress, m_reader.Text(value)); }},
+            {{"station", [this](const auto& value) { Default(m_options.stationAddress, Address(value)); }},
              {"node",
               [this](const auto& value) {
                   Default(m_options.stationNode, m_reader.Whole(value, kFirstNode, kLastNode));
@@ -83,6 +84,12 @@ private:
         } catch (const std::invalid_argument& error) { m_reader.Fail(entry, error.what()); }
     }
 
+    [[nodiscard]] std::string Address(const YAML::Node& value) const {
+        try {
+            return CheckedHostAddress(m_reader.Text(value));
+        } catch (const std::invalid_argument& error) { m_reader.Fail(value, error.what()); }
+    }
+
     /// A key beside id, address and count is a command about the device, the value its further words; a list has one
     /// command per element.
     void LoadSetting(std::uint32_t id, const YAML::Node& key, const YAML::Node& value) {
@@ -106,6 +113,7 @@ private:
         if (!at && !text.every) { m_reader.Fail(entry, "the entry has neither \"at\" nor \"every\""); }
         RequireDo(entry, text.command);
         text.at = at.value_or(text.every.value_or(0));
+        if (text.until && *text.until < text.at) { m_reader.Fail(entry, "the entry ends before it begins"); }
         m_options.timeline.push_back(text);
     }
 

@@ -18,12 +18,27 @@ Command Understand(const CommandText& text, const CommandContext& context) {
     return InPlace(text.place, [&] { return ParseCommand(text.text, context); });
 }
 
+/// Whether the address is that of the host; one that is started here has its own.
+bool IsHosts(const std::string& address, const SimOptions& options) {
+    const std::uint32_t number = AddressNumber(address);
+    const bool isPrivateHosts = !options.host.empty() && number == AddressNumber(kStationAddress);
+    return isPrivateHosts || number == AddressNumber(options.stationAddress.value_or(kStationAddress));
+}
+
 void CheckDevice(const DeviceOption& device, const SimOptions& options, Roster& roster) {
     roster.Add(device.kind, device.id, device.address);
+    if (IsHosts(device.address, options)) {
+        throw std::invalid_argument("the address " + device.address + " is the host's");
+    }
     if (!device.group.empty()) { CheckedGroup(device.group); }
     if (device.kind == DeviceKind::Client && device.id == options.stationNode.value_or(kDefaultStationNode)) {
         throw std::invalid_argument("client " + std::to_string(device.id) + ": the ID is the host's");
     }
+}
+
+void CheckStatusPeriod(double seconds) {
+    constexpr double kShortest = 0.001; // s
+    if (seconds != 0 && seconds < kShortest) { throw UsageError("the status period is below 1 ms"); }
 }
 
 Reaction UnderstandReaction(const ReactionText& text, const CommandContext& context) {
@@ -41,10 +56,11 @@ Reaction UnderstandReaction(const ReactionText& text, const CommandContext& cont
 
 Script MakeScript(const SimOptions& options) {
     Script script;
+    InPlace("--station", [&] { CheckedHostAddress(options.stationAddress.value_or(kStationAddress)); });
+    CheckStatusPeriod(options.statusPeriod.value_or(0));
     for (const DeviceOption& device : options.devices) {
         InPlace(device.place, [&] { CheckDevice(device, options, script.roster); });
     }
-    InPlace("--station", [&] { AddressNumber(options.stationAddress.value_or(kStationAddress)); });
     const CommandContext context{script.roster, options.wavDirectory};
     for (const CommandText& text : options.settings) {
         script.settings.push_back({Understand(text, context), text.place});

@@ -1,11 +1,15 @@
 #include "sim/sim_options.h"
 
+#include <algorithm>
 #include <map>
+#include <memory>
+#include <string_view>
 
 namespace k740::sim {
 namespace {
 
 constexpr double kLongestTime = 1e9; // s
+constexpr std::size_t kMostCloseRequests = 1'000'000'000;
 constexpr std::uint32_t kFirstNode = 9500;
 constexpr std::uint32_t kLastNode = 9999;
 
@@ -17,7 +21,24 @@ constexpr const char* kFooter = R"(Examples:
   k740-sim --scenario scenarios/small-station.yaml --commands
       in the network namespace at hand, where the devices' addresses must exist; type "help"
 
-Exit status: 0 as asked, 1 it went wrong, 2 unusable options or scenario; with a host the host's own.)";
+Exit status: 0 as asked, 1 it went wrong, 2 unusable options or scenario, 128 and the signal's number after a signal;
+the host's own when the host ended first.)";
+
+struct HelpText : CLI::Formatter {
+    std::string make_usage(const CLI::App* /*app*/, std::string name) const override {
+        return "Usage: " + name +
+               " [OPTION]... [-- HOST [ARGUMENT]...]\n\n"
+               "HOST is the program to run as the station's host, with its arguments: devices and host then have a\n"
+               "private network of their own, and the simulator ends with the host.\n";
+    }
+};
+
+/// @return what is wrong with a time, empty when nothing is
+std::string CheckTime(const std::string& text) {
+    double seconds = 0;
+    const bool isTime = CLI::detail::lexical_cast(text, seconds) && seconds >= 0 && seconds <= kLongestTime;
+    return isTime ? "" : "a time in seconds is expected, not " + text;
+}
 
 DeviceOption ParseDevice(DeviceKind kind, const std::string& name, const std::string& text) {
     DeviceOption device;
@@ -39,7 +60,11 @@ void DeclareDevices(CLI::App& app, const std::string& name, DeviceKind kind, std
         for (const std::string& text : texts) { devices.push_back(ParseDevice(kind, name, text)); }
         return true;
     };
-    app.add_option(name, parse, description)->type_name("ID@ADDRESS[/GROUP]")->expected(1, -1)->group("Devices");
+    app.add_option(name, parse, description)
+        ->type_name("ID@ADDRESS[/GROUP]")
+        ->expected(1, -1)
+        ->allow_extra_args()
+        ->group("Devices");
 }
 
 void DeclareRun(CLI::App& app, SimOptions& options) {
@@ -54,18 +79,16 @@ void DeclareRun(CLI::App& app, SimOptions& options) {
         ->check(CLI::Range(kFirstNode, kLastNode).description(""));
     app.add_option("--status-period", options.statusPeriod, "Seconds between status reports, 0 for none [2]")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, kLongestTime).description(""));
+        ->check(CheckTime);
     app.add_flag("--accept-calls", options.acceptCalls, "Paging stations accept the calls of intercoms");
     app.add_flag("--commands", options.readCommands,
                  "Take commands from standard input, one in a line; \"help\" lists them. A host then has none");
-    app.add_option("--until-close", options.untilClose, "End after this many close-audio requests")->type_name("COUNT");
-    app.add_option("--duration", options.duration, "End after this many seconds")
+    app.add_option("--until-close", options.untilClose, "End after this many close-audio requests")
+        ->type_name("COUNT")
+        ->check(CLI::Range(std::size_t{1}, kMostCloseRequests).description(""));
+    app.add_option("--duration", options.duration, "End after this many seconds; 0 for never")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, kLongestTime).description(""));
-    app.add_option("host", options.host,
-                   "Program to run as the station's host, with its arguments, behind --: devices and host then have a "
-                   "private network of their own, and the simulator ends with the host and with its exit status")
-        ->type_name("PROGRAM");
+        ->check(CheckTime);
 }
 
 void DeclareOutput(CLI::App& app, SimOptions& options) {
@@ -89,6 +112,15 @@ void DeclareOutput(CLI::App& app, SimOptions& options) {
 
 } // namespace
 
+int TakeHost(int argc, const char* const* argv, SimOptions& options) {
+    const auto* const end = argv + argc;
+    const auto* const mark = std::find_if(argv, end, [](const char* word) { return std::string_view(word) == "--"; });
+    if (mark == end) { return argc; }
+    options.host.assign(mark + 1, end);
+    if (options.host.empty()) { throw UsageError("there is no host behind --"); }
+    return static_cast<int>(mark - argv);
+}
+
 void DeclareOptions(CLI::App& app, SimOptions& options) {
     DeclareDevices(
         app, "--zcu", DeviceKind::ZoneController, options.devices,
@@ -102,6 +134,7 @@ void DeclareOptions(CLI::App& app, SimOptions& options) {
                    "a tone to it");
     DeclareRun(app, options);
     DeclareOutput(app, options);
+    app.formatter(std::make_shared<HelpText>());
     app.footer(kFooter);
 }
 

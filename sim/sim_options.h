@@ -69,6 +69,11 @@ struct SimOptions {
     std::vector<std::string> host;      // program to run as the station, in a private network; empty: none
 };
 
+/// Takes the host out of main's arguments: what stands behind the first "--", as it is.
+/// @return how many arguments stand before
+/// @throws UsageError when nothing stands behind it
+int TakeHost(int argc, const char* const* argv, SimOptions& options);
+
 /// Declares the options to the parser, which fills them in.
 void DeclareOptions(CLI::App& app, SimOptions& options);
 

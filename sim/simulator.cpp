@@ -7,7 +7,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
+#include <string>
 #include <utility>
 
 namespace k740::sim {
@@ -31,19 +33,19 @@ std::chrono::milliseconds Milliseconds(Seconds time) {
 
 } // namespace
 
-Simulator::Simulator(const SimOptions& options, Script script, const EndSignals& signals)
+Simulator::Simulator(const SimOptions& options, Script script, FileDescriptor events, EndSignals& signals)
     : m_options(options), m_script(std::move(script)), m_signals(signals),
       m_statusPeriod(Milliseconds(Seconds(options.statusPeriod.value_or(2)))),
-      m_writer(options.eventsFile, options.periodicLines, m_start),
+      m_writer(std::move(events), options.periodicLines, m_start),
       m_installation(
           {options.stationAddress.value_or(kStationAddress), options.stationNode.value_or(kDefaultStationNode)}),
       m_timeline(m_script.timeline, m_stage) {
     m_installation.Events().SetBound(kMostWaitingEvents);
     m_installation.OnReactor().CatchFailures();
-    if (m_options.recordDirectory) { std::filesystem::create_directories(*m_options.recordDirectory); }
     if (!m_options.host.empty()) { m_tap = std::make_unique<CableTap>(); }
     AddDevices();
     ApplySettings();
+    StartDevices();
 }
 
 Simulator::~Simulator() {
@@ -51,57 +53,40 @@ Simulator::~Simulator() {
 }
 
 void Simulator::AddDevices() {
-    const std::size_t count = std::max<std::size_t>(m_options.devices.size(), 1);
-    const std::chrono::milliseconds spread = std::min(kMostSpread, m_statusPeriod / static_cast<std::int64_t>(count));
-    std::chrono::milliseconds firstStatus{0};
     for (const DeviceOption& device : m_options.devices) {
         switch (device.kind) {
         case DeviceKind::ZoneController:
-            AddZoneController(device, firstStatus);
+            AddZoneController(device);
             break;
         case DeviceKind::PagingStation:
-            AddPagingStation(device, firstStatus);
+            AddPagingStation(device);
             break;
-        default:
-            AddOther(device);
+        case DeviceKind::AuxInterface:
+            m_installation.AddAuxInterface(device.id, device.address);
+            break;
+        case DeviceKind::Client:
+            m_installation.AddClient(device.id, device.address);
+            break;
         }
-        firstStatus += spread;
     }
 }
 
-void Simulator::AddZoneController(const DeviceOption& device, std::chrono::milliseconds firstStatus) {
+void Simulator::AddZoneController(const DeviceOption& device) {
     ZoneController& controller = m_installation.AddZoneController(device.id, device.address);
     controller.SetKeep(Keep::Counts);
     if (m_options.recordDirectory) {
         controller.RecordTo(*m_options.recordDirectory + "/zcu" + std::to_string(device.id) + '-');
     }
-    controller.RepeatStatus(controller.QuietStatus(), m_statusPeriod, firstStatus);
     m_zoneControllers[device.id] = &controller;
-    if (device.group.empty()) { return; }
-    controller.SetZoneGroup(kToneZone, device.group);
-    NoteStream(device, controller.StreamZone(kToneZone, ToneStreamed()));
 }
 
-void Simulator::AddPagingStation(const DeviceOption& device, std::chrono::milliseconds firstStatus) {
+void Simulator::AddPagingStation(const DeviceOption& device) {
     PagingStation& station = m_installation.AddPagingStation(device.id, device.address);
     if (m_options.recordDirectory) {
         station.RecordIntercomTo(*m_options.recordDirectory + "/rpk" + std::to_string(device.id) + "-intercom.wav");
     }
-    station.RepeatStatus({}, m_statusPeriod, firstStatus);
     if (m_options.acceptCalls) { station.SetCallBehaviour({CallReply::Accept, {}}); }
     m_pagingStations.push_back(&station);
-    if (!device.group.empty()) { NoteStream(device, station.Talk({device.group, kAudioPort}, ToneStreamed())); }
-}
-
-void Simulator::AddOther(const DeviceOption& device) {
-    Device& added = device.kind == DeviceKind::Client
-                        ? static_cast<Device&>(m_installation.AddClient(device.id, device.address))
-                        : m_installation.AddAuxInterface(device.id, device.address);
-    if (!device.group.empty()) { NoteStream(device, added.Stream({device.group, kAudioPort}, ToneStreamed())); }
-}
-
-void Simulator::NoteStream(const DeviceOption& device, AudioSource& source) {
-    m_streams.push_back({device.id, {device.group, kAudioPort}, &source});
 }
 
 void Simulator::ApplySettings() {
@@ -112,28 +97,44 @@ void Simulator::ApplySettings() {
     }
 }
 
-bool Simulator::Run() {
-    const auto enoughClosed = [this] { return m_options.untilClose > 0 && m_closeRequests >= m_options.untilClose; };
-    return RunUntil(enoughClosed) || m_options.untilClose == 0 || EndedByCommand();
+void Simulator::StartDevices() {
+    const std::size_t count = std::max<std::size_t>(m_options.devices.size(), 1);
+    const std::chrono::milliseconds spread = std::min(kMostSpread, m_statusPeriod / static_cast<std::int64_t>(count));
+    std::chrono::milliseconds firstStatus{0};
+    for (const DeviceOption& device : m_options.devices) {
+        m_installation.Find<Device>(device.id)->ReportEvery(m_statusPeriod, firstStatus);
+        StartTone(device);
+        firstStatus += spread;
+    }
 }
 
-bool Simulator::RunUntil(const std::function<bool()>& condition) {
-    Begin();
-    bool holds = false;
-    while (!holds && !IsOver()) {
-        TakeEvents(kLongestWait);
-        m_installation.OnReactor().RethrowFailure();
-        holds = condition();
+void Simulator::StartTone(const DeviceOption& device) {
+    if (device.group.empty()) { return; }
+    const Endpoint group{device.group, kAudioPort};
+    AudioSource* source = nullptr;
+    if (const auto controller = m_zoneControllers.find(device.id); controller != m_zoneControllers.end()) {
+        controller->second->SetZoneGroup(kToneZone, device.group);
+        source = &controller->second->StreamZone(kToneZone, ToneStreamed());
+    } else {
+        source = &m_installation.Find<Device>(device.id)->Stream(group, ToneStreamed());
     }
+    m_streams.push_back({device.id, group, source});
+}
+
+RunEnd Simulator::Run(const std::function<bool()>& hostHasEnded) {
+    m_hostHasEnded = hostHasEnded;
+    Begin();
+    while (!IsOver() && !m_installation.OnReactor().HasFailed()) { TakeEvents(kLongestWait); }
     m_installation.WaitUntil([] { return true; }, kLongestWait); // the devices are through with what they received
     TakeEvents(std::chrono::milliseconds(0));
     WriteSummary();
-    return holds;
+    m_installation.OnReactor().RethrowFailure();
+    return *m_end;
 }
 
 void Simulator::Begin() {
     m_writer.Write(ReadyJson(m_start));
-    m_writer.Flush();
+    Flush();
     m_timeline.Begin(m_start);
     if (!m_options.readCommands) { return; }
     m_installation.OnReactor().Run([this] {
@@ -142,16 +143,33 @@ void Simulator::Begin() {
     });
 }
 
-bool Simulator::IsOver() const {
+bool Simulator::IsOver() {
+    if (!m_end) { m_end = FindEnd(); }
+    return m_end.has_value();
+}
+
+std::optional<RunEnd> Simulator::FindEnd() {
+    if (m_signals.HaveCome()) { return RunEnd::Signal; } // before the host, which a terminal gives the same signal
+    if (m_hostHasEnded && m_hostHasEnded()) { return RunEnd::HostEnded; }
+    if (m_stage.ended || IsEnoughClosed()) { return RunEnd::Asked; }
     const double duration = m_options.duration.value_or(0);
-    return m_signals.HaveCome() || m_stage.ended || (duration > 0 && Clock::now() - m_start >= Seconds(duration));
+    if (duration == 0 || Clock::now() - m_start < Seconds(duration)) { return std::nullopt; }
+    return m_options.untilClose > 0 ? RunEnd::TimeOver : RunEnd::Asked;
+}
+
+bool Simulator::IsEnoughClosed() const {
+    return m_options.untilClose > 0 && m_closeRequests >= m_options.untilClose;
 }
 
 void Simulator::TakeEvents(std::chrono::milliseconds timeout) {
     const Journal::Batch batch = m_installation.Events().Take(timeout);
     m_writer.Write(batch);
     for (const Event& event : batch.events) { Meet(event); }
-    m_writer.Flush();
+    Flush();
+}
+
+void Simulator::Flush() {
+    m_writer.Flush([this] { return IsOver(); });
 }
 
 void Simulator::Meet(const Event& event) {
@@ -189,13 +207,14 @@ void Simulator::WriteSummary() {
     }
     WriteCable();
     if (m_writer.Held() > 0) { m_writer.Write({{"event", "held-back"}, {"count", m_writer.Held()}}); }
-    m_writer.Flush();
+    Flush();
 }
 
 void Simulator::WriteCable() {
     if (!m_tap) { return; }
+    const std::size_t missed = m_tap->Missed();
     for (const auto& [receiver, datagrams] : m_tap->Datagrams()) {
-        m_writer.Write(CableJson({receiver.first, receiver.second}, datagrams));
+        m_writer.Write(CableJson({receiver.first, receiver.second}, datagrams, missed));
     }
 }
 

@@ -15,30 +15,33 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace k740::sim {
 
+/// Why a run ended.
+enum class RunEnd {
+    Asked,    ///< by a command, or by what the options say
+    TimeOver, ///< before enough close-audio requests had come
+    Signal,
+    HostEnded
+};
+
 class Simulator {
 public:
-    /// @param signals  end a run; outlives the simulator
+    /// @param events   where what happens is told
+    /// @param signals  end a run; outlive the simulator
     /// @throws UsageError for a setting that a device cannot have
-    Simulator(const SimOptions& options, Script script, const EndSignals& signals);
+    Simulator(const SimOptions& options, Script script, FileDescriptor events, EndSignals& signals);
     ~Simulator();
     Simulator(const Simulator&) = delete;
     Simulator& operator=(const Simulator&) = delete;
 
-    /// Runs until enough close-audio requests have come, a command or a signal ends it or the time is over.
-    /// @return whether it ended as asked, not because the time was over before
-    bool Run();
-
-    /// Runs until the condition holds, which is looked at ten times a second at least, or a command, a signal or the
-    /// time ends it.
-    /// @return whether the condition came to hold
-    bool RunUntil(const std::function<bool()>& condition);
-
-    /// Whether a command has ended the run.
-    [[nodiscard]] bool EndedByCommand() const { return m_stage.ended; }
+    /// Runs to the end, which is looked for ten times a second at least.
+    /// @param hostHasEnded  empty: there is no host
+    /// @throws std::runtime_error when something failed meanwhile; what there is to tell at the end has been told
+    RunEnd Run(const std::function<bool()>& hostHasEnded = {});
 
 private:
     struct ToneStream {
@@ -48,15 +51,18 @@ private:
     };
 
     void AddDevices();
-    void AddZoneController(const DeviceOption& device, std::chrono::milliseconds firstStatus);
-    void AddPagingStation(const DeviceOption& device, std::chrono::milliseconds firstStatus);
-    void AddOther(const DeviceOption& device);
-    void NoteStream(const DeviceOption& device, AudioSource& source);
+    void AddZoneController(const DeviceOption& device);
+    void AddPagingStation(const DeviceOption& device);
     void ApplySettings();
+    void StartDevices();
+    void StartTone(const DeviceOption& device);
     void Begin();
-    [[nodiscard]] bool IsOver() const;
+    [[nodiscard]] bool IsOver();
+    [[nodiscard]] std::optional<RunEnd> FindEnd();
+    [[nodiscard]] bool IsEnoughClosed() const;
 
     void TakeEvents(std::chrono::milliseconds timeout);
+    void Flush();
     void Meet(const Event& event);
     void React(const Event& event);
     void WriteFinished(std::uint32_t controller);
@@ -66,7 +72,7 @@ private:
 
     const SimOptions m_options;
     const Script m_script;
-    const EndSignals& m_signals;
+    EndSignals& m_signals;
     const std::chrono::milliseconds m_statusPeriod;
     const Clock::time_point m_start = Clock::now();
     EventWriter m_writer;
@@ -78,6 +84,8 @@ private:
     std::vector<PagingStation*> m_pagingStations;
     std::vector<ToneStream> m_streams;
     std::size_t m_closeRequests = 0;
+    std::function<bool()> m_hostHasEnded;
+    std::optional<RunEnd> m_end;     // of the run: the first that was found
     std::unique_ptr<CableTap> m_tap; // of a private network
 };
 

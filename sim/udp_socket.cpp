@@ -1,5 +1,6 @@
 #include "sim/udp_socket.h"
 
+#include "sim/receive_buffer.h"
 #include "sim/system_error.h"
 
 #include <arpa/inet.h>
@@ -15,8 +16,8 @@
 namespace k740::sim {
 namespace {
 
-constexpr int kReceiveBufferSize = 4 * 1024 * 1024; // bytes; the system grants less to an ordinary user
-constexpr std::size_t kLargestDatagram = 8192;      // bytes; audio has at most 4124
+constexpr int kReceiveBufferBytes = 4 * 1024 * 1024;
+constexpr std::size_t kLargestDatagram = 8192; // bytes; audio has at most 4124
 
 in_addr AddressOf(const std::string& ip) {
     in_addr address{};
@@ -71,16 +72,11 @@ Clock::time_point ArrivalOf(msghdr& message) {
                              steadyLessWall);
 }
 
-void GrowReceiveBuffer(int file) {
-    if (SetOption(file, SOL_SOCKET, SO_RCVBUFFORCE, kReceiveBufferSize) == 0) { return; }
-    Checked(SetOption(file, SOL_SOCKET, SO_RCVBUF, kReceiveBufferSize), "SO_RCVBUF");
-}
-
 } // namespace
 
 UdpSocket::UdpSocket(const Endpoint& local, bool shared)
     : m_file(Checked(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0), "socket")) {
-    GrowReceiveBuffer(m_file.Get());
+    GrowReceiveBuffer(m_file.Get(), kReceiveBufferBytes);
     Checked(SetOption(m_file.Get(), SOL_SOCKET, SO_TIMESTAMPNS, 1), "SO_TIMESTAMPNS");
     if (shared) { Checked(SetOption(m_file.Get(), SOL_SOCKET, SO_REUSEADDR, 1), "SO_REUSEADDR"); }
     const sockaddr_in address = SocketAddress(local);

@@ -1,9 +1,21 @@
 #include "sim/wav_file.h"
 
+#include <filesystem>
 #include <sndfile.hh>
 #include <stdexcept>
+#include <system_error>
 
 namespace k740::sim {
+namespace {
+
+/// Whether it is there and no plain file, such as a named pipe, whose reader may wait for ever.
+bool IsUnusual(const std::string& path) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(path, ignored);
+    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
+} // namespace
 
 void WriteWav(const std::string& path, const std::vector<std::int16_t>& samples) {
     SndfileHandle file(path, SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, kSampleRate);
@@ -14,6 +26,7 @@ void WriteWav(const std::string& path, const std::vector<std::int16_t>& samples)
 }
 
 std::vector<std::int16_t> ReadWav(const std::string& path) {
+    if (IsUnusual(path)) { throw std::runtime_error("cannot read " + path + ": it is no plain file"); }
     SndfileHandle file(path);
     if (file.rawHandle() == nullptr) { throw std::runtime_error("cannot read " + path + ": " + file.strError()); }
     const bool expected = file.channels() == 1 && file.samplerate() == kSampleRate &&

@@ -1,8 +1,11 @@
 #include "sim/yaml_reader.h"
 
+#include "sim/arguments.h"
 #include "sim/sim_options.h"
 
+#include <filesystem>
 #include <set>
+#include <system_error>
 
 namespace k740::sim {
 namespace {
@@ -16,8 +19,12 @@ std::string At(const std::string& file, const YAML::Mark& mark) {
 } // namespace
 
 YAML::Node YamlReader::Load() const {
+    std::error_code ignored; // the loader tells what else is wrong
+    if (std::filesystem::is_directory(m_file, ignored)) { throw UsageError(m_file + ": it is a directory"); }
     try {
-        return YAML::LoadFile(m_file);
+        const std::vector<YAML::Node> documents = YAML::LoadAllFromFile(m_file);
+        if (documents.size() > 1) { Fail(documents[1], "there is a second document"); }
+        return documents.empty() ? YAML::Node() : documents.front();
     } catch (const YAML::BadFile&) {
         throw UsageError(m_file + ": the file cannot be read");
     } catch (const YAML::Exception& error) { throw UsageError(At(m_file, error.mark) + ": " + error.msg); }
@@ -60,10 +67,8 @@ std::string YamlReader::Text(const YAML::Node& node) const {
 }
 
 std::uint32_t YamlReader::Whole(const YAML::Node& node, std::uint32_t least, std::uint32_t most) const {
-    std::int64_t number = 0;
-    if (node.IsScalar() && YAML::convert<std::int64_t>::decode(node, number) && number >= least && number <= most) {
-        return static_cast<std::uint32_t>(number);
-    }
+    const auto number = node.IsScalar() ? ReadNumber(node.Scalar()) : std::nullopt; // 033 is 33, as in commands
+    if (number && *number >= least && *number <= most) { return *number; }
     Fail(node, "a whole number in " + std::to_string(least) + ".." + std::to_string(most) + " is expected here");
 }
 

@@ -1,6 +1,9 @@
 #include "sim/zone_controller.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <cerrno>
 #include <system_error>
 
 namespace k740::sim {
@@ -36,6 +39,12 @@ bool PlaysWithoutReport(PlayReply reply) {
     return reply == PlayReply::AcceptWithoutJoin || reply == PlayReply::Accept255;
 }
 
+/// Whether the group is none that can be joined, which a device would report; anything else is wrong here.
+bool IsFaultOfRequest(const std::system_error& error) {
+    constexpr std::array kFaults{EINVAL, ENODEV, ENOBUFS, EADDRNOTAVAIL, EACCES};
+    return std::find(kFaults.begin(), kFaults.end(), error.code().value()) != kFaults.end();
+}
+
 bool Reports(PlayReply reply) {
     return reply == PlayReply::AcceptWithJoin || reply == PlayReply::JoinRefused;
 }
@@ -61,9 +70,13 @@ void ZoneController::RepeatStatus(const StatusReport& report, std::chrono::milli
                                   std::chrono::milliseconds firstDelay) {
     OnReactor().Run([&] {
         m_report = report;
-        Repeat(
-            period, [this] { SendStatus(m_report); }, firstDelay);
+        ReportEvery(period, firstDelay);
     });
+}
+
+void ZoneController::ReportEvery(std::chrono::milliseconds period, std::chrono::milliseconds firstDelay) {
+    Repeat(
+        period, [this] { SendStatus(m_report); }, firstDelay);
 }
 
 void ZoneController::ChangeStatus(const std::function<void(StatusReport&)>& change) {
@@ -139,7 +152,10 @@ bool ZoneController::Join(const PlayRequest& request) {
     try {
         m_sessions.push_back(
             std::make_unique<PlaySession>(OnReactor(), Id(), Address(), request, m_keep, SessionListener(group)));
-    } catch (const std::system_error&) { return false; } // no multicast address: a device would report that
+    } catch (const std::system_error& error) {
+        if (!IsFaultOfRequest(error)) { throw; }
+        return false;
+    }
     NoteGroup(Event::Kind::JoinedGroup, group, {{}, {}, Clock::now()});
     return true;
 }

@@ -80,6 +80,7 @@ public:
     /// Sends the report after the first delay and then every period; a period of 0 ends that.
     void RepeatStatus(const StatusReport& report, std::chrono::milliseconds period = std::chrono::seconds(2),
                       std::chrono::milliseconds firstDelay = {});
+    void ReportEvery(std::chrono::milliseconds period, std::chrono::milliseconds firstDelay) override;
     /// Changes the report that is repeated, and sends it at once.
     void ChangeStatus(const std::function<void(StatusReport&)>& change);
     /// A report without faults that names this controller.
@@ -132,7 +133,7 @@ private:
     Keep m_keep = Keep::Samples;
     VolumeControl m_volumes;
     std::optional<std::uint16_t> m_emergencyPriority;
-    StatusReport m_report; // that is repeated
+    StatusReport m_report = QuietStatus(); // that is repeated
     ZoneGroups m_zoneGroups;
     std::map<int, Endpoint> m_circulated; // by zone
     std::unique_ptr<ZoneWavs> m_wavs;

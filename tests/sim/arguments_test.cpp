@@ -24,6 +24,14 @@ TEST(ArgumentsTest, WordsStandBetweenBlanksAndInQuotationMarks) {
     EXPECT_TRUE(arguments.AtEnd());
 }
 
+TEST(ArgumentsTest, AQuotationMarkBehindABackslashIsPartOfTheWord) {
+    Arguments arguments(R"("a \"b" "c\\" d)");
+    EXPECT_EQ("a \"b", arguments.Next("the first"));
+    EXPECT_EQ("c\\", arguments.Next("the second"));
+    EXPECT_EQ("d", arguments.Next("the third"));
+    EXPECT_TRUE(arguments.AtEnd());
+}
+
 TEST(ArgumentsTest, OpenQuotationMarkIsRefused) {
     EXPECT_EQ("a quotation mark is not closed", Refusal([] { Arguments("a \"b"); }));
 }

@@ -2,6 +2,7 @@
 #include "sim/cable_tap.h"
 #include "sim/udp_socket.h"
 #include "tests/support/private_network_fixture.h"
+#include "tests/support/wait_until.h"
 
 #include <gtest/gtest.h>
 
@@ -40,6 +41,17 @@ TEST_F(CableTapTest, CountsDatagramsThatNobodyTakesByReceiver) {
     EXPECT_EQ(1U, Counted(*tap, otherPort, 1));
     EXPECT_EQ(3U, Counted(*tap, group, 3));
     EXPECT_EQ(2U, tap->Datagrams().size());
+}
+
+TEST_F(CableTapTest, WhatItMissesIsTold) {
+    constexpr std::size_t kFlood = 30'000;
+    std::unique_ptr<sim::CableTap> tap;
+    Network().RunInField([&] { tap = std::make_unique<sim::CableTap>(); });
+    const sim::UdpSocket socket = sim::UdpSocket::BoundTo({sim::kStationAddress, 0});
+    const sim::Endpoint group{"225.0.0.1", 28100};
+    const sim::Bytes datagram(1);
+    for (std::size_t i = 0; i < kFlood; ++i) { socket.Send(datagram, group); }
+    EXPECT_TRUE(WaitUntil([&] { return tap->Datagrams()[{group.ip, group.port}] + tap->Missed() == kFlood; }));
 }
 
 TEST_F(CableTapTest, DoesNotCountWhatTheFieldSends) {

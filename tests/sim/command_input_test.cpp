@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <memory>
@@ -77,6 +78,18 @@ TEST_F(CommandInputTest, ALineThatIsTooLongIsRefusedWhole) {
     Write(pipe, std::string(sim::CommandInput::kLongestLine + 1, 'x'));
     Write(pipe, std::string(5000, 'x') + "\nquiet 33\n");
     EXPECT_EQ((std::vector<std::string>{std::string(20, 'x') + "...:the line is too long", "quiet 33:"}), Outcomes(2));
+}
+
+TEST_F(CommandInputTest, ALineThatIsTooLongIsRefusedHoweverItComes) {
+    const sim::FileDescriptor pipe = ListenToPipe();
+    Write(pipe, "quiet 33 " + std::string(3991, ' '));
+    Write(pipe, std::string(95, ' ') + "\nquiet 33" + std::string(sim::CommandInput::kLongestLine - 8, ' ') + '\n');
+    Write(pipe, "quiet 33" + std::string(2000, ' '));
+    EXPECT_EQ("", Do("quiet 5000")); // the reactor may have read so far
+    Write(pipe, std::string(sim::CommandInput::kLongestLine - 2007, ' ') + "\nquiet 5000\n");
+    const std::vector<std::string> outcomes = Outcomes(5);
+    EXPECT_EQ(1, std::count(outcomes.begin(), outcomes.end(), "quiet 33            ...:the line is too long"));
+    EXPECT_EQ(2, std::count(outcomes.begin(), outcomes.end(), "quiet 33:"));
 }
 
 TEST_F(CommandInputTest, APlainFileIsReadAtOnce) {

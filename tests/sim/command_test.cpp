@@ -245,10 +245,10 @@ TEST_F(CommandTest, ZoneGroupIsTold) {
 TEST_F(CommandTest, ThePageExplainsEachCommand) {
     std::ostringstream page;
     page << std::ifstream(K740_SIMULATOR_PAGE).rdbuf();
-    for (const sim::CommandSpec& spec : sim::Commands()) {
-        const bool explained = page.str().find('`' + spec.name + ' ') != std::string::npos ||
-                               page.str().find('`' + spec.name + '`') != std::string::npos;
-        EXPECT_TRUE(explained) << spec.name;
+    for (const sim::CommandForm& form : sim::Commands()) {
+        const bool explained = page.str().find('`' + form.name + ' ') != std::string::npos ||
+                               page.str().find('`' + form.name + '`') != std::string::npos;
+        EXPECT_TRUE(explained) << form.name;
     }
 }
 

@@ -37,7 +37,7 @@ TEST_F(LoadTest, AWholeLineReportsForATenthOfACore) {
     Network().AddFieldAddresses(addresses);
     const sim::UdpSocket sink = sim::UdpSocket::BoundTo({sim::kStationAddress, sim::kReplyPort});
     const double before = ChildrensSeconds();
-    Program program(Network(), std::string("--duration 6 --scenario ") + K740_SCENARIOS + "/line.yaml");
+    Program program(Network(), "--duration 6 --scenario '" K740_SCENARIOS "/line.yaml'");
     const std::vector<Json> lines = program.RemainingLines();
     EXPECT_EQ(0, program.End());
     const double load = (ChildrensSeconds() - before) / kSimulatedSeconds;

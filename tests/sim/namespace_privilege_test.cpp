@@ -1,4 +1,5 @@
 #include "sim/namespace_privilege.h"
+#include "tests/sim/program.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -10,17 +11,13 @@
 namespace k740::test {
 namespace {
 
-// A process that has not the right to unshare; of all rights it keeps the one to map the user it runs as.
-constexpr const char* kWithoutRights = "setpriv --securebits=+noroot --inh-caps=-all,+setfcap "
-                                       "--ambient-caps=-all,+setfcap ";
-
 struct ProbeResult {
     int status = 0; // as wait(2) gives it
     std::string output;
 };
 
 ProbeResult RunProbe(const std::string& prefix, const std::string& suffix) {
-    FILE* output = ::popen(("exec " + prefix + K740_PRIVILEGE_PROBE + suffix).c_str(), "re");
+    FILE* output = ::popen(("exec " + prefix + "\"" K740_PRIVILEGE_PROBE "\"" + suffix).c_str(), "re");
     ProbeResult result;
     for (int character = std::fgetc(output); character != EOF; character = std::fgetc(output)) {
         result.output += static_cast<char>(character);
@@ -39,6 +36,23 @@ TEST(NamespacePrivilegeTest, ProcessWithoutTheRightEndsByTheSignalOfItsSecondSel
     const ProbeResult result = RunProbe(kWithoutRights, " signal");
     ASSERT_TRUE(WIFSIGNALED(result.status));
     EXPECT_EQ(SIGTERM, WTERMSIG(result.status));
+}
+
+TEST(NamespacePrivilegeTest, TheFirstSelfPassesOnWhatAsksForTheEnd) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        ChildProgram probe(std::string(kWithoutRights) + "'" K740_PRIVILEGE_PROBE "' wait");
+        EXPECT_EQ("waits\n", probe.Line());
+        probe.Signal(signal);
+        EXPECT_EQ("got " + std::to_string(signal) + '\n', probe.Line());
+        EXPECT_EQ(42, probe.End());
+    }
+}
+
+TEST(NamespacePrivilegeTest, TheSecondSelfIsAskedToEndWhenTheFirstIsKilled) {
+    ChildProgram probe(std::string(kWithoutRights) + "'" K740_PRIVILEGE_PROBE "' wait");
+    EXPECT_EQ("waits\n", probe.Line());
+    probe.Signal(SIGKILL);
+    EXPECT_EQ("got " + std::to_string(SIGTERM) + '\n', probe.Line());
 }
 
 TEST(NamespacePrivilegeTest, RefusalIsOneSentenceAndStatusOne) {

@@ -13,16 +13,24 @@ namespace k740::test {
 
 using Json = nlohmann::json;
 
+/// Before a program: it has not the right to unshare; of all rights it keeps the one to map the user it runs as.
+inline constexpr const char* kWithoutRights = "setpriv --securebits=+noroot --inh-caps=-all,+setfcap "
+                                              "--ambient-caps=-all,+setfcap ";
+
 /// A k740-sim in `field`.
 class Program {
 public:
-    /// @param writer  shell command whose output the program has as its input; without it there is none
-    Program(const sim::PrivateNetwork& network, const std::string& arguments, const std::string& writer = "") {
-        const std::string start = writer.empty() ? "" : writer + " | ";
-        network.RunInField([&] { m_program.emplace(start + K740_SIM_PROGRAM + ' ' + arguments); });
+    /// @param start  what precedes the program in a shell: "printf help |" or the rights that it shall have
+    Program(const sim::PrivateNetwork& network, const std::string& arguments, const std::string& start = "") {
+        network.RunInField([&] { m_program.emplace(start + " '" K740_SIM_PROGRAM "' " + arguments); });
     }
 
     [[nodiscard]] std::string Line() { return m_program->Line(); }
+    [[nodiscard]] std::string LineWith(const std::string& text) { return m_program->LineWith(text); }
+    /// Reads until the program ends.
+    [[nodiscard]] std::string Rest() { return m_program->Rest(); }
+    void Signal(int number) const { m_program->Signal(number); }
+    [[nodiscard]] bool HasEnded() const { return m_program->HasEnded(); }
     /// Reads until the program ends.
     std::vector<Json> RemainingLines() {
         std::vector<Json> lines;

@@ -5,6 +5,7 @@
 #include "tests/support/temporary_directory.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdint>
 #include <fstream>
@@ -133,9 +134,24 @@ TEST_F(ScenarioLoadTest, WhatIsWrongIsToldWithItsLine) {
               Refusal(controller + "reactions:\n  - {on: dance, do: end}\n"));
     EXPECT_EQ("s.yaml:5: there is no device 34",
               Refusal(controller + "reactions:\n  - {on: play, device: 34, do: end}\n"));
+    EXPECT_EQ("s.yaml:5: the entry ends before it begins",
+              Refusal(controller + "timeline:\n  - {at: 2, every: 1, until: 1, do: end}\n"));
+    EXPECT_EQ("s.yaml:2: no device address: \"\"", Refusal("node: 9500\nstation: \"\"\n"));
+    EXPECT_EQ("s.yaml:1: a time in seconds is expected here", Refusal("duration: .nan\n"));
+    EXPECT_EQ("the status period is below 1 ms", Refusal("status-period: 0.0009\n"));
+    EXPECT_EQ("s.yaml:3: the address 192.168.9.9 is the host's",
+              Refusal("station: 192.168.9.9\nzone-controllers:\n  - {id: 33, address: 192.168.9.9}\n"));
     EXPECT_EQ("s.yaml:2: a list is expected here", Refusal("zone-controllers:\n  id: 33\n"));
     EXPECT_EQ("s.yaml:2: client 9500: the ID is the host's",
               Refusal("clients:\n  - {id: 9500, address: 192.168.4.1}\n"));
+}
+
+TEST_F(ScenarioLoadTest, ZerosBeforeANumberMeanNothing) {
+    EXPECT_EQ(33U, Load("zone-controllers:\n  - {id: 033, address: 192.168.1.33}\n").devices.at(0).id);
+}
+
+TEST_F(ScenarioLoadTest, ASecondDocumentIsRefused) {
+    EXPECT_EQ("s.yaml:3: there is a second document", Refusal("duration: 1\n---\nduration: 2\n"));
 }
 
 TEST_F(ScenarioLoadTest, TextThatIsNoYamlIsToldWithItsLine) {
@@ -157,8 +173,16 @@ TEST_F(ScenarioLoadTest, WavFilesAreReadBeforeTheRun) {
     EXPECT_EQ("s.yaml:5: tone.wav is no 16 bit mono file at 44.1 kHz", Refusal(text));
     SndfileHandle("tone.wav", SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2, 44100).writeSync();
     EXPECT_EQ("s.yaml:5: tone.wav is no 16 bit mono file at 44.1 kHz", Refusal(text));
+    sim::WriteWav("tone.wav", {});
+    EXPECT_EQ("s.yaml:5: tone.wav holds no samples", Refusal(text));
     sim::WriteWav("tone.wav", std::vector<std::int16_t>(100));
     EXPECT_EQ("nothing is wrong", Refusal(text));
+}
+
+TEST_F(ScenarioLoadTest, ANamedPipeIsNoWavFile) {
+    ASSERT_EQ(0, ::mkfifo("pipe.wav", 0600));
+    EXPECT_EQ("s.yaml:5: cannot read pipe.wav: it is no plain file",
+              Refusal(std::string(kController) + "timeline:\n  - {at: 1, do: talk 33 225.1.1.1 pipe.wav}\n"));
 }
 
 } // namespace

@@ -165,7 +165,7 @@ TEST_F(SimProgramTest, ReadyTellsTheWallClock) {
 TEST_F(SimProgramTest, TakesCommandsFromStandardInput) {
     Network().AddFieldAddresses({kIp});
     Program program(Network(), std::string("--zcu 33@") + kIp + " --status-period 0 --commands --duration 20",
-                    "printf 'help\\nsing\\nend\\n'");
+                    "printf 'help\\nsing\\nend\\n' |");
     const std::vector<Json> commands = Of(program.RemainingLines(), "command");
     EXPECT_EQ(0, program.End());
     ASSERT_EQ(3U, commands.size());
@@ -177,7 +177,7 @@ TEST_F(SimProgramTest, TakesCommandsFromStandardInput) {
 }
 
 TEST_F(SimProgramTest, TheEndOfTheCommandsIsNotTheEndOfTheRun) {
-    Program program(Network(), "--commands --duration 0.3", "printf ''");
+    Program program(Network(), "--commands --duration 0.3", "printf '' |");
     const auto start = std::chrono::steady_clock::now();
     program.RemainingLines();
     EXPECT_EQ(0, program.End());
@@ -185,13 +185,13 @@ TEST_F(SimProgramTest, TheEndOfTheCommandsIsNotTheEndOfTheRun) {
 }
 
 TEST_F(SimProgramTest, WithCommandsTheHostHasNoInput) {
-    Program program(Network(), "--commands -- sh -c 'read line && exit 1; exit 7'", "printf 'help\\n'");
+    Program program(Network(), "--commands -- sh -c 'read line && exit 1; exit 7'", "printf 'help\\n' |");
     EXPECT_EQ(1U, Of(program.RemainingLines(), "command").size());
     EXPECT_EQ(7, program.End());
 }
 
 TEST_F(SimProgramTest, EndEndsTheHostToo) {
-    Program program(Network(), "--commands -- sleep 60", "printf 'end\\n'");
+    Program program(Network(), "--commands -- sleep 60", "printf 'end\\n' |");
     program.RemainingLines();
     EXPECT_EQ(0, program.End());
 }
@@ -218,17 +218,59 @@ TEST_F(SimProgramTest, UnusableOptionsAndScenariosExitWithTwo) {
          "k740-sim: --zcu 33@192.168.1.1/10.0.0.1: no multicast group: \"10.0.0.1\"\n"},
         {"--station nowhere", "k740-sim: --station: no IPv4 address: nowhere\n"},
         {"--zcu 33@192.168.1.1 --rpk 5000@192.168.1.1",
-         "k740-sim: --rpk 5000@192.168.1.1: paging station 5000: another device has the address 192.168.1.1\n"}};
+         "k740-sim: --rpk 5000@192.168.1.1: paging station 5000: another device has the address 192.168.1.1\n"},
+        {"--station ''", "k740-sim: --station: no device address: \"\"\n"},
+        {"--station 0.0.0.0", "k740-sim: --station: no device address: \"0.0.0.0\"\n"},
+        {"--station 224.0.0.1", "k740-sim: --station: no device address: \"224.0.0.1\"\n"},
+        {"--zcu 33@192.168.1.166", "k740-sim: --zcu 33@192.168.1.166: the address 192.168.1.166 is the host's\n"},
+        {"--station 10.0.0.1 --zcu 33@192.168.1.166 -- true",
+         "k740-sim: --zcu 33@192.168.1.166: the address 192.168.1.166 is the host's\n"},
+        {"--status-period 0.0009", "k740-sim: the status period is below 1 ms\n"},
+        {"--scenario .", "k740-sim: .: it is a directory\n"},
+        {"--record ''", "k740-sim: --record: the directory has no name\n"},
+        {"--record /dev/null/x", "k740-sim: --record: cannot write to \"/dev/null/x\": Not a directory\n"},
+        {"--events /nowhere/x", "k740-sim: --events: cannot write /nowhere/x: No such file or directory\n"},
+        {"--commands </dev/zero", "k740-sim: --commands: standard input is no pipe, no terminal and no plain file\n"},
+        {"--zcu 33@192.168.1.1 --", "k740-sim: there is no host behind --\n"}};
     for (const auto& [options, sentence] : cases) {
-        Program program(Network(), options + "");
+        Program program(Network(), options);
         EXPECT_EQ(sentence, program.Line());
         EXPECT_EQ(2, program.End()) << options;
     }
-    for (const char* options : {"--bogus", "--duration x", "--duration -1", "--node 9499", "--periodic often"}) {
-        Program program(Network(), std::string(options) + "");
+    for (const char* options :
+         {"--bogus", "--duration x", "--duration -1", "--duration nan", "--status-period nan", "--node 9499",
+          "--periodic often", "--until-close -1", "--until-close 0", "./my-host"}) {
+        Program program(Network(), options);
         EXPECT_NE("", program.Line());
         EXPECT_EQ(2, program.End()) << options;
     }
+}
+
+TEST_F(SimProgramTest, NoInputIsNoCommands) {
+    Program program(Network(), "--commands --duration 0.1 </dev/null");
+    EXPECT_EQ(1U, program.RemainingLines().size());
+    EXPECT_EQ(0, program.End());
+}
+
+TEST_F(SimProgramTest, DevicesMayBeAList) {
+    Network().AddFieldAddresses({kIp, "192.168.1.34"});
+    Program program(Network(), std::string("--zcu 33@") + kIp + " 34@192.168.1.34 --status-period 60 --duration 0.3");
+    const std::vector<Json> lines = program.RemainingLines();
+    EXPECT_EQ(1U, Of(lines, "sent", 33).size());
+    EXPECT_EQ(1U, Of(lines, "sent", 34).size());
+    EXPECT_EQ(0, program.End());
+}
+
+TEST_F(SimProgramTest, SettingsHoldBeforeTheFirstReport) {
+    Network().AddFieldAddresses({kIp, "192.168.1.34"});
+    std::ofstream("s.yaml") << "zone-controllers:\n  - {id: 33, address: 192.168.1.33, remove: }\n"
+                               "  - {id: 34, address: 192.168.1.34, status: fault 2}\n";
+    Program program(Network(), "--scenario s.yaml --status-period 0.02 --periodic all --duration 0.3");
+    const std::vector<Json> lines = program.RemainingLines();
+    EXPECT_EQ(0, program.End());
+    EXPECT_EQ(0U, Of(lines, "sent", 33).size());
+    ASSERT_LE(2U, Of(lines, "sent", 34).size());
+    for (const Json& line : Of(lines, "sent", 34)) { EXPECT_EQ(2, line.at("fault")); }
 }
 
 TEST_F(SimProgramTest, HelpAndVersionAreNoErrors) {
@@ -238,7 +280,7 @@ TEST_F(SimProgramTest, HelpAndVersionAreNoErrors) {
     Program help(Network(), "--help");
     std::string text;
     for (std::string line = help.Line(); !line.empty(); line = help.Line()) { text += line; }
-    for (const char* part : {"--scenario", "--commands", "Examples:", "Exit status:"}) {
+    for (const char* part : {"[-- HOST [ARGUMENT]...]", "--scenario", "--commands", "Examples:", "Exit status:"}) {
         EXPECT_NE(std::string::npos, text.find(part)) << part;
     }
     EXPECT_EQ(0, help.End());
