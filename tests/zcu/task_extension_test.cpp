@@ -75,7 +75,7 @@ TEST_F(TaskExtensionTest, RemovingWhatIsNotThereIsAnsweredWith0) {
 TEST_F(TaskExtensionTest, TheFirst16BytesTellOneFromAnother) {
     const Bytes first = Extension(1);
     Bytes sameKey = first;
-    std::fill(sameKey.begin() + 16, sameKey.end(), std::uint8_t{0xAA});
+    for (std::size_t i = 16; i < sameKey.size(); ++i) { sameKey[i] = 0xAA; }
     Bytes otherKey = first;
     otherKey[15] = 0;
     Add(first);
