@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds kEndOfSenders{20'000}; // 3.1 s and generous
 TEST_F(CallLeakTest, TwoHundredCallsLeaveThreadsAndDescriptorsWhereTheyWere) {
     PassMarker();
     const int threads = RunningThreads();
-    const auto descriptors = CountDescriptors();
+    const auto descriptors = CountDescriptors(); // the socket of the marker's answer may still be among them
     unsigned char audio[4'096] = {};
     for (int call = 0; call < kCalls; ++call) {
         const int intercom = call % 2 == 0 ? kIntercom : kOtherIntercom;
@@ -31,7 +31,7 @@ TEST_F(CallLeakTest, TwoHundredCallsLeaveThreadsAndDescriptorsWhereTheyWere) {
     }
     EXPECT_TRUE(WaitUntil([=] { return RunningThreads() == threads; }, kEndOfSenders));
     EXPECT_TRUE(WaitForLogLine("stop send audio.", kCalls));
-    EXPECT_TRUE(WaitUntil([=] { return CountDescriptors() == descriptors; }));
+    EXPECT_TRUE(WaitUntil([=] { return CountDescriptors() <= descriptors; }));
     EXPECT_EQ(-1, g_app->Talker().RemoveTalkerAudio(kIntercom)) << "no buffer is left";
     EXPECT_EQ(-1, g_app->Talker().RemoveTalkerAudio(kOtherIntercom));
 }
