@@ -8,6 +8,7 @@ import os
 import signal
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 import table
@@ -16,6 +17,7 @@ from field_log import FieldLog
 from host_log import HostLog
 from timeline import Timeline
 
+LONGEST_RUN_S = 45  # the host ends after 30
 EXIT_INTERRUPTED = 130  # as shells count
 TITLES = ("HOST 192.168.1.166 (the sample host)", "FIELD (simulated devices)")
 
@@ -26,10 +28,13 @@ def run(out, command, sources):
         with subprocess.Popen(
             command, cwd=out, stdin=subprocess.DEVNULL, stdout=printed, process_group=0
         ) as process:
+            end = time.monotonic() + LONGEST_RUN_S
             try:
-                Timeline(sources, TITLES, lambda line: print(line, flush=True)).follow(lambda: process.poll() is None)
+                Timeline(sources, TITLES, lambda line: print(line, flush=True)).follow(
+                    lambda: process.poll() is None and time.monotonic() < end
+                )
             finally:
-                if process.poll() is None:  # interrupted
+                if process.poll() is None:  # interrupted, or the host does not end
                     os.killpg(process.pid, signal.SIGTERM)
             return process.returncode
 
