@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <deque>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -38,30 +39,20 @@ public:
     /// Removes the oldest record and hands it out.
     std::optional<Record> TakeOldest() {
         const CQBSemLocker lock(&m_lock);
-        if (m_records.empty()) { return std::nullopt; }
-        std::optional<Record> taken(std::move(m_records.front()));
-        m_records.pop_front();
-        return taken;
+        return TakeLocked(m_records.begin());
     }
 
     /// Removes the newest record that matches and hands it out.
     template <typename Match> std::optional<Record> TakeNewest(Match match) {
         const CQBSemLocker lock(&m_lock);
         const auto newest = std::find_if(m_records.rbegin(), m_records.rend(), match);
-        if (newest == m_records.rend()) { return std::nullopt; }
-        std::optional<Record> taken(std::move(*newest));
-        m_records.erase(std::next(newest).base());
-        return taken;
+        return TakeLocked(newest == m_records.rend() ? m_records.end() : std::next(newest).base());
     }
 
     /// Removes the oldest record that matches and hands it out.
     template <typename Match> std::optional<Record> TakeFirst(Match match) {
         const CQBSemLocker lock(&m_lock);
-        const auto oldest = std::find_if(m_records.begin(), m_records.end(), match);
-        if (oldest == m_records.end()) { return std::nullopt; }
-        std::optional<Record> taken(std::move(*oldest));
-        m_records.erase(oldest);
-        return taken;
+        return TakeLocked(std::find_if(m_records.begin(), m_records.end(), match));
     }
 
     /// @return a copy of the first record that matches
@@ -95,6 +86,14 @@ public:
     }
 
 private:
+    /// Removes the record at a place and hands it out; nothing for the end.
+    std::optional<Record> TakeLocked(typename std::deque<Record>::iterator place) K740_REQUIRES(m_lock) {
+        if (place == m_records.end()) { return std::nullopt; }
+        std::optional<Record> taken(std::move(*place));
+        m_records.erase(place);
+        return taken;
+    }
+
     bool AppendLocked(Record record) K740_REQUIRES(m_lock) {
         if (m_records.size() == kBound) {
             if constexpr (kPolicy == WhenFull::RefuseNew) { return false; }

@@ -4,7 +4,7 @@
 
 void CLifetime::Begin() K740_NO_THREAD_SAFETY_ANALYSIS {
     m_exiting = 0;
-    m_semaphore.Lock();
+    if (!m_begun.exchange(true)) { m_semaphore.Lock(); }
 }
 
 void CLifetime::WakeOneSleeper() K740_NO_THREAD_SAFETY_ANALYSIS {

@@ -12,7 +12,7 @@
 /// pause that paces the protocol.
 class CLifetime {
 public:
-    /// Clears the exit flag and takes the semaphore, so that pauses last.
+    /// Clears the exit flag and takes the semaphore, so that pauses last. Another call only clears the flag.
     void Begin();
     /// Sets the exit flag: every worker thread leaves its loop when it next looks.
     void RequestExit() { m_exiting = 1; }
@@ -26,4 +26,5 @@ public:
 private:
     CQBSem m_semaphore;
     std::atomic<uint8_t> m_exiting{0};
+    std::atomic<bool> m_begun{false};
 };

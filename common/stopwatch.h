@@ -29,3 +29,14 @@ uint32_t GetTimePeriod(timeval start);
 
 /// Sleeps ms milliseconds (not microseconds, despite the name); a signal may cut it short; 0 and below do not sleep.
 void usTimer(long ms);
+
+/// Looks for a condition every millisecond, for about ms milliseconds at most. @return whether it held
+template <typename Condition> bool AwaitCondition(Condition condition, unsigned ms) {
+    CQBTime waited;
+    waited.TimeStart();
+    while (!condition()) {
+        if (waited.TimeEnd() >= ms) { return false; }
+        usTimer(1);
+    }
+    return true;
+}

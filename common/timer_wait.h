@@ -1,7 +1,7 @@
 // A timed wait on one condition variable of the process.
 #pragma once
 
-/// Waits until ms milliseconds have passed or the condition variable of this module is broadcast.
+/// Waits until ms milliseconds have passed, sometimes less: a spurious wake-up of the condition variable ends it, too.
 /// @param ms  milliseconds; ms * 1000 is formed in 32 bits
 void timer_wait(unsigned ms);
 

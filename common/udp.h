@@ -57,7 +57,8 @@ public:
     /// Closes both sockets.
     void Close();
 
-    /// @return whether the multicast socket is open
+    /// @return whether the socket is open
+    bool IsUnicastOpen() const { return m_unicastSocket > 0; }
     bool IsMulticastOpen() const { return m_multicastSocket > 0; }
 
     /// Sends one datagram from a socket of its own. @return as send_udp_data

@@ -58,8 +58,7 @@ int CQBUDP::join_multicast_recv(const std::string& group, int port, const std::s
     close_multicast();
     m_group = group;
     m_multicastSocket = OpenUdpSocket();
-    const std::string trimmed = qbstring::trimString(nic);
-    if (!PrepareReceiver(port, trimmed == "0.0.0.0" ? "" : trimmed, timeout_ms)) {
+    if (!PrepareReceiver(port, qbstring::trimString(nic), timeout_ms)) {
         // A socket without its receive time-out would block its reader for ever.
         close_multicast();
         return -1;

@@ -19,13 +19,14 @@ template <typename Function> bool ContainExceptions(Function function) noexcept 
 
 /// Runs work() on a detached thread of its own. What work owns is freed when it ends, or when no thread could be made.
 /// @param name  of the thread, at most 15 characters; a literal
-/// @return      false when no thread could be made
+/// @return      false when no thread could be made, also for want of memory
 template <typename Work> bool StartThread(const char* name, Work work) {
     struct Job {
         const char* name;
         Work work;
     };
-    auto job = std::make_unique<Job>(Job{name, std::move(work)});
+    std::unique_ptr<Job> job;
+    if (!ContainExceptions([&] { job = std::make_unique<Job>(Job{name, std::move(work)}); })) { return false; }
     const auto run = [](void* param) -> void* {
         const std::unique_ptr<Job> owned(static_cast<Job*>(param));
         const CThreadScope scope(owned->name);

@@ -2,6 +2,7 @@
 // stays in a network namespace without any interface.
 #include "app/application.h"
 #include "common/thread.h"
+#include "protocol/port_receiver.h"
 
 #include <sched.h>
 #include <unistd.h>
@@ -16,16 +17,10 @@
 
 namespace {
 
-constexpr std::size_t kBufferBytes = 5120;
 constexpr int kMostThreads = 64; // of accepted play requests
 constexpr useconds_t kPollUs = 1000;
 constexpr std::size_t kPrefixBytes = 3; // sender and options, then the datagram's length
 constexpr std::array kSenders{"192.168.1.33", "192.168.8.99", "10.0.0.1", "127.0.0.1"};
-
-struct Buffer {
-    _vxa_cmd_packet_t packet;
-    unsigned char beyond[kBufferBytes - sizeof(_vxa_cmd_packet_t)];
-};
 
 void LeaveNetwork() {
     if (unshare(CLONE_NEWNET) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0) { return; }
@@ -54,8 +49,8 @@ CK740ControlApp* MakeInstallation() {
 
 /// Hands one datagram to the dispatcher, most of them with the right magic, so that the handlers are reached.
 void Dispatch(CK740ControlApp& app, uint8_t options, const uint8_t* data, std::size_t length) {
-    auto buffer = std::make_unique<Buffer>();
-    std::memcpy(buffer.get(), data, std::min(length, kBufferBytes));
+    auto buffer = std::make_unique<ReceiveBuffer>();
+    std::memcpy(buffer.get(), data, std::min(length, kReceiveBufferBytes));
     if ((options & 0x80) == 0) { buffer->packet.magic = kPacketMagic; }
     app.Communication().ProcessResponse(&buffer->packet, kSenders[options % kSenders.size()]);
 }

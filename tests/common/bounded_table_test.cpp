@@ -88,6 +88,20 @@ TEST(BoundedTableTest, TakeNewestWithoutAMatchTakesNothing) {
     EXPECT_EQ(2U, table.Size());
 }
 
+TEST(BoundedTableTest, TakeFirstTakesTheFirstThatMatches) {
+    Erasing table;
+    Append(table, {2, 3, 5});
+    EXPECT_EQ(3, table.TakeFirst(IsOdd));
+    EXPECT_EQ((Numbers{2, 5}), table.Copy());
+}
+
+TEST(BoundedTableTest, TakeFirstWithoutAMatchTakesNothing) {
+    Erasing table;
+    Append(table, {2, 4});
+    EXPECT_FALSE(table.TakeFirst(IsOdd));
+    EXPECT_EQ(2U, table.Size());
+}
+
 TEST(BoundedTableTest, FindCopiesTheFirstThatMatches) {
     Erasing table;
     Append(table, {2, 3, 5});
@@ -99,17 +113,25 @@ TEST(BoundedTableTest, FindCopiesTheFirstThatMatches) {
 TEST(BoundedTableTest, UpdateChangesTheFirstThatMatches) {
     Erasing table;
     Append(table, {2, 3, 5});
-    table.UpdateOrAppend(
-        IsOdd, [](int& value) { value = 30; }, 99);
+    EXPECT_FALSE(table.UpdateOrAppend(
+        IsOdd, [](int& value) { value = 30; }, 99));
     EXPECT_EQ((Numbers{2, 30, 5}), table.Copy());
 }
 
 TEST(BoundedTableTest, UpdateWithoutAMatchAppendsWithinTheBound) {
     Erasing table;
     Append(table, {2, 4, 6});
-    table.UpdateOrAppend(
-        IsOdd, [](int&) { FAIL(); }, 9);
+    EXPECT_TRUE(table.UpdateOrAppend(
+        IsOdd, [](int&) { FAIL(); }, 9));
     EXPECT_EQ((Numbers{4, 6, 9}), table.Copy());
+}
+
+TEST(BoundedTableTest, UpdateWithoutAMatchIsRefusedInAFullTableWhereThatIsTheRule) {
+    Refusing table;
+    Append(table, {2, 4, 6});
+    EXPECT_FALSE(table.UpdateOrAppend(
+        IsOdd, [](int&) { FAIL(); }, 9));
+    EXPECT_EQ((Numbers{2, 4, 6}), table.Copy());
 }
 
 TEST(BoundedTableTest, EraseIfTellsHowMany) {

@@ -35,6 +35,12 @@ TEST_F(LifetimeTest, BeginClearsTheExitFlag) {
     EXPECT_FALSE(lifetime.IsExiting());
 }
 
+TEST_F(LifetimeTest, BegunAgainItTakesTheSemaphoreNoSecondTime) {
+    m_lifetime.Begin();
+    m_lifetime.Pause(20);
+    EXPECT_GE(m_time.TimeEnd_us(), 20'000);
+}
+
 TEST_F(LifetimeTest, RequestExitSetsTheFlagAndWakesNobody) {
     m_lifetime.RequestExit();
     EXPECT_TRUE(m_lifetime.IsExiting());

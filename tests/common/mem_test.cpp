@@ -3,9 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <new>
 #include <numeric>
 #include <type_traits>
 #include <vector>
+
+namespace {
+bool g_outOfMemory = false;
+} // namespace
+
+// Stands before the standard library's in this executable.
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return g_outOfMemory ? nullptr : ::operator new[](size);
+}
 
 namespace k740::test {
 namespace {
@@ -43,6 +54,15 @@ TEST(MemTest, GrowingKeepsTheContentsAndClearsTheRest) {
     const unsigned char* data = mem.SetSize(16);
     EXPECT_EQ(mem.GetData(), data);
     EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8, 0, 0, 0, 0, 0, 0, 0, 0}), Contents(mem));
+}
+
+TEST(MemTest, WithoutMemoryTheContentsAreGone) {
+    CQBMem mem;
+    FillWithEight(mem);
+    g_outOfMemory = true;
+    EXPECT_EQ(nullptr, mem.SetSize(16));
+    EXPECT_EQ(nullptr, mem.GetData());
+    EXPECT_EQ(0U, mem.GetSize());
 }
 
 TEST(MemTest, ShrinkingKeepsWhatFits) {

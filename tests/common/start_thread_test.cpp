@@ -5,6 +5,7 @@
 
 #include <array>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -37,6 +38,18 @@ TEST(StartThreadTest, KeepsWhatTheWorkThrowsAndFreesWhatItOwns) {
     const Owned owned = std::make_shared<int>();
     ASSERT_TRUE(StartThread("k740-test", [owned] { throw std::runtime_error("thrown by a thread"); }));
     EXPECT_TRUE(WaitForEnd(owned));
+}
+
+/// Work that there is no memory for.
+struct OutOfMemory {
+    OutOfMemory() = default;
+    OutOfMemory(const OutOfMemory&) { throw std::bad_alloc(); }
+    void operator()() const { ADD_FAILURE() << "ran all the same"; }
+};
+
+TEST(StartThreadTest, WithoutMemoryForTheWorkNoThreadIsMade) {
+    EXPECT_FALSE(StartThread<OutOfMemory>("k740-test", {}));
+    EXPECT_EQ(0, RunningThreads());
 }
 
 } // namespace

@@ -44,13 +44,6 @@ template <typename Value> Value SocketOption(int socket, int level, int name) {
     return value;
 }
 
-/// @return what the kernel makes of a buffer of this size, option SO_RCVBUF or SO_SNDBUF
-inline int GrantedBuffer(int option, int bytes) {
-    const sim::FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM, 0));
-    setsockopt(socket.Get(), SOL_SOCKET, option, &bytes, sizeof(bytes));
-    return SocketOption<int>(socket.Get(), SOL_SOCKET, option);
-}
-
 /// @return "address:port" to which the socket is bound
 inline std::string BoundTo(int socket) {
     sockaddr_in address{};

@@ -1,5 +1,6 @@
 #include "common/stopwatch.h"
 #include "common/udp.h"
+#include "tests/common/asked_buffers.h"
 #include "tests/common/interruption.h"
 #include "tests/common/udp_fixture.h"
 
@@ -51,7 +52,7 @@ TEST_F(UdpMulticastTest, SenderHasItsOptions) {
     const auto timeout = SocketOption<timeval>(socket, SOL_SOCKET, SO_SNDTIMEO);
     EXPECT_EQ(0, timeout.tv_sec);
     EXPECT_EQ(100'000, timeout.tv_usec);
-    EXPECT_EQ(GrantedBuffer(SO_SNDBUF, kMulticastBuffer), SocketOption<int>(socket, SOL_SOCKET, SO_SNDBUF));
+    EXPECT_EQ(kMulticastBuffer, AskedBuffer(socket, SO_SNDBUF));
     EXPECT_EQ(64, SocketOption<int>(socket, IPPROTO_IP, IP_MULTICAST_TTL));
     EXPECT_EQ(1, SocketOption<int>(socket, IPPROTO_IP, IP_MULTICAST_LOOP));
     EXPECT_NE(0, fcntl(socket, F_GETFD) & FD_CLOEXEC);
@@ -89,7 +90,7 @@ TEST_F(UdpMulticastTest, ReceiverHasItsOptions) {
     const auto timeout = SocketOption<timeval>(socket, SOL_SOCKET, SO_RCVTIMEO);
     EXPECT_EQ(1, timeout.tv_sec);
     EXPECT_NEAR(234'000, static_cast<double>(timeout.tv_usec), 10'000); // kept in ticks of the kernel
-    EXPECT_EQ(GrantedBuffer(SO_RCVBUF, kMulticastBuffer), SocketOption<int>(socket, SOL_SOCKET, SO_RCVBUF));
+    EXPECT_EQ(kMulticastBuffer, AskedBuffer(socket, SO_RCVBUF));
     EXPECT_EQ(64, SocketOption<int>(socket, IPPROTO_IP, IP_MULTICAST_TTL));
     EXPECT_EQ(1, SocketOption<int>(socket, IPPROTO_IP, IP_MULTICAST_LOOP));
     EXPECT_EQ(kStationIP, DottedText(SocketOption<in_addr>(socket, IPPROTO_IP, IP_MULTICAST_IF)));
@@ -101,7 +102,7 @@ TEST_F(UdpMulticastTest, ReceiverTrimsItsNic) {
     EXPECT_EQ(kStationIP, DottedText(SocketOption<in_addr>(socket, IPPROTO_IP, IP_MULTICAST_IF)));
 }
 
-TEST_F(UdpMulticastTest, NicOfZerosMeansAnyInterface) {
+TEST_F(UdpMulticastTest, NicOfZerosOrBlanksMeansAnyInterface) {
     for (const char* nic : {"0.0.0.0", " 0.0.0.0 ", "", "   "}) {
         m_udp.Close();
         const int socket = Receiver(nic);
@@ -122,6 +123,16 @@ TEST_F(UdpMulticastTest, OwnMachineHearsItsStreamsInEveryReceiver) {
     Send(sender, "one");
     EXPECT_EQ("one", Received(m_udp));
     EXPECT_EQ("one", Received(second));
+}
+
+TEST_F(UdpMulticastTest, AReceiverAnswersTheLastOneItHeard) {
+    Receiver();
+    CQBUDP sender;
+    ASSERT_EQ(0, sender.join_multicast_send(kGroup, kPort, kStationIP));
+    Send(sender, "question");
+    ASSERT_EQ("question", Received(m_udp));
+    Send(m_udp, "answer");
+    EXPECT_EQ("answer", Received(sender));
 }
 
 TEST_F(UdpMulticastTest, FieldHearsTheStream) {

@@ -1,4 +1,5 @@
 #include "common/udp.h"
+#include "tests/common/asked_buffers.h"
 #include "tests/common/udp_fixture.h"
 
 #include <fcntl.h>
@@ -51,8 +52,8 @@ TEST_F(UdpTest, HostLogsItsSocketAndPort) {
 
 TEST_F(UdpTest, HostHasLargeBuffersAndDoesNotShareItsPort) {
     const int socket = m_udp.create_udp_host(kPort);
-    EXPECT_EQ(GrantedBuffer(SO_RCVBUF, kUnicastBuffer), SocketOption<int>(socket, SOL_SOCKET, SO_RCVBUF));
-    EXPECT_EQ(GrantedBuffer(SO_SNDBUF, kUnicastBuffer), SocketOption<int>(socket, SOL_SOCKET, SO_SNDBUF));
+    EXPECT_EQ(kUnicastBuffer, AskedBuffer(socket, SO_RCVBUF));
+    EXPECT_EQ(kUnicastBuffer, AskedBuffer(socket, SO_SNDBUF));
     EXPECT_EQ(0, SocketOption<int>(socket, SOL_SOCKET, SO_REUSEADDR));
 }
 
