@@ -11,10 +11,9 @@ constexpr int kLastNodeID = 9999;
 constexpr int kLastHostAudioFormat = 1;
 
 /// Stores a callback, null too, and logs the registration of one that is set.
-template <typename Function>
-void Register(CK740ControlApp& app, CCallbackSlot<Function>& slot, Function function, const char* type) {
+template <typename Function> void Register(CK740ControlApp& app, CCallbackSlot<Function>& slot, Function function) {
     slot.Set(function);
-    if (function != nullptr) { LogCall(app, Format("Register callback %s()", type)); }
+    if (function != nullptr) { LogCall(app, Format("Register callback %s()", slot.Type())); }
 }
 
 } // namespace
@@ -79,29 +78,29 @@ extern "C" K740_API int K740_SetDeviceCallback(PZCUSTATUS zcuStatus, PZONESTATUS
                                                PRPKPTTAUDIO rpkPTTAudio) {
     return Exported([=](CK740ControlApp& app) {
         CHostCallbacks& callbacks = app.Callbacks();
-        Register(app, callbacks.zcuStatus, zcuStatus, "PZCUSTATUS");
-        Register(app, callbacks.zoneStatus, zoneStatus, "PZONESTATUS");
-        Register(app, callbacks.zcuVolume, zcuVolume, "PZCUVOLUME");
-        Register(app, callbacks.monitorZone, monitorZone, "PMONITORZONE");
-        Register(app, callbacks.taskStatus, taskStatus, "PTASKSTATUS");
-        Register(app, callbacks.rpkStatus, rpkStatus, "PRPKSTATUS");
-        Register(app, callbacks.rpkPTTAudio, rpkPTTAudio, "PRPKPTTAUDIO");
+        Register(app, callbacks.zcuStatus, zcuStatus);
+        Register(app, callbacks.zoneStatus, zoneStatus);
+        Register(app, callbacks.zcuVolume, zcuVolume);
+        Register(app, callbacks.monitorZone, monitorZone);
+        Register(app, callbacks.taskStatus, taskStatus);
+        Register(app, callbacks.rpkStatus, rpkStatus);
+        Register(app, callbacks.rpkPTTAudio, rpkPTTAudio);
         return kOk;
     });
 }
 
 extern "C" K740_API int K740_SetTrainCallback(PTRAINMESSAGE trainMessage, PTRAINAUDIO trainAudio) {
     return Exported([=](CK740ControlApp& app) {
-        Register(app, app.Callbacks().trainMessage, trainMessage, "PTRAINMESSAGE");
-        Register(app, app.Callbacks().trainAudio, trainAudio, "PTRAINAUDIO");
+        Register(app, app.Callbacks().trainMessage, trainMessage);
+        Register(app, app.Callbacks().trainAudio, trainAudio);
         return kOk;
     });
 }
 
 extern "C" K740_API int K740_SetIntercomCallback(PINTERCOMMESSAGE intercomMessage, PINTERCOMAUDIO intercomAudio) {
     return Exported([=](CK740ControlApp& app) {
-        Register(app, app.Callbacks().intercomMessage, intercomMessage, "PINTERCOMMESSAGE");
-        Register(app, app.Callbacks().intercomAudio, intercomAudio, "PINTERCOMAUDIO");
+        Register(app, app.Callbacks().intercomMessage, intercomMessage);
+        Register(app, app.Callbacks().intercomAudio, intercomAudio);
         return kOk;
     });
 }

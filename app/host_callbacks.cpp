@@ -31,11 +31,13 @@ std::string Describe(const HostAudio& audio) {
 } // namespace
 
 template <typename Function, typename Call, typename Describe>
-bool CHostCallbacks::Deliver(const char* type, const CCallbackSlot<Function>& slot, Call call, Describe describe) {
+bool CHostCallbacks::Deliver(const CCallbackSlot<Function>& slot, Call call, Describe describe) {
     const Function function = slot.Get();
     if (function == nullptr) { return false; }
     ContainExceptions([&] { call(function); });
-    if (IsLogEnabled()) { m_log.PushLog2(type, kLogInfo, describe()); }
+    if (IsLogEnabled()) {
+        ContainExceptions([&] { m_log.PushLog2(slot.Type(), kLogInfo, slot.Type() + describe()); });
+    }
     return true;
 }
 
@@ -43,96 +45,82 @@ bool CHostCallbacks::Deliver(const char* type, const CCallbackSlot<Function>& sl
 
 void CHostCallbacks::ZCUStatus(int deviceID, int status, int fault, int (&amplifiers)[8], int extraA, int extraB) {
     Deliver(
-        "PZCUSTATUS", zcuStatus,
-        [&](PZCUSTATUS function) { function(deviceID, status, fault, amplifiers, extraA, extraB); },
+        zcuStatus, [&](PZCUSTATUS function) { function(deviceID, status, fault, amplifiers, extraA, extraB); },
         [&] {
             const auto& a = reinterpret_cast<const unsigned(&)[8]>(amplifiers);
-            return Format("PZCUSTATUS(%u, %u, %u, {%u,%u,%u,%u,%u,%u,%u,%u}, %u, %u)", unsigned(deviceID),
-                          unsigned(status), unsigned(fault), a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7],
-                          unsigned(extraA), unsigned(extraB));
+            return Format("(%u, %u, %u, {%u,%u,%u,%u,%u,%u,%u,%u}, %u, %u)", unsigned(deviceID), unsigned(status),
+                          unsigned(fault), a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], unsigned(extraA),
+                          unsigned(extraB));
         });
 }
 
 void CHostCallbacks::ZoneStatus(int deviceID, int (&states)[8], unsigned (&tasks)[8]) {
     Deliver(
-        "PZONESTATUS", zoneStatus, [&](PZONESTATUS function) { function(deviceID, states, tasks); },
+        zoneStatus, [&](PZONESTATUS function) { function(deviceID, states, tasks); },
         [&] {
             const auto& s = reinterpret_cast<const unsigned(&)[8]>(states);
-            return Format("PZONESTATUS(%u,  {%u,%u,%u,%u,%u,%u,%u,%u}, {%u,%u,%u,%u,%u,%u,%u,%u})", unsigned(deviceID),
-                          s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], tasks[0], tasks[1], tasks[2], tasks[3],
-                          tasks[4], tasks[5], tasks[6], tasks[7]);
+            return Format("(%u,  {%u,%u,%u,%u,%u,%u,%u,%u}, {%u,%u,%u,%u,%u,%u,%u,%u})", unsigned(deviceID), s[0], s[1],
+                          s[2], s[3], s[4], s[5], s[6], s[7], tasks[0], tasks[1], tasks[2], tasks[3], tasks[4],
+                          tasks[5], tasks[6], tasks[7]);
         });
 }
 
 bool CHostCallbacks::ZCUVolume(int deviceID, int* volumes) {
     return Deliver(
-        "PZCUVOLUME", zcuVolume, [&](PZCUVOLUME function) { function(deviceID, volumes); },
+        zcuVolume, [&](PZCUVOLUME function) { function(deviceID, volumes); },
         [&] {
-            return Format("PZCUVOLUME(%u, {%d,%d,%d,%d,%d,%d,%d,%d})", unsigned(deviceID), volumes[0], volumes[1],
-                          volumes[2], volumes[3], volumes[4], volumes[5], volumes[6], volumes[7]);
+            return Format("(%u, {%d,%d,%d,%d,%d,%d,%d,%d})", unsigned(deviceID), volumes[0], volumes[1], volumes[2],
+                          volumes[3], volumes[4], volumes[5], volumes[6], volumes[7]);
         });
 }
 
 void CHostCallbacks::TaskStatus(int taskID, int status) {
     Deliver(
-        "PTASKSTATUS", taskStatus, [&](PTASKSTATUS function) { function(taskID, status); },
-        [&] { return Format("PTASKSTATUS(%u, %u)", unsigned(taskID), unsigned(status)); });
+        taskStatus, [&](PTASKSTATUS function) { function(taskID, status); },
+        [&] { return Format("(%u, %u)", unsigned(taskID), unsigned(status)); });
 }
 
 void CHostCallbacks::RPKStatus(int deviceID, int state, int activity, int wordA, int extra, int wordB) {
     Deliver(
-        "PRPKSTATUS", rpkStatus, [&](PRPKSTATUS function) { function(deviceID, state, activity, wordA, extra, wordB); },
+        rpkStatus, [&](PRPKSTATUS function) { function(deviceID, state, activity, wordA, extra, wordB); },
         [&] {
-            return Format("PRPKSTATUS(%u, %u, %u, %u, %u, %u)", unsigned(deviceID), unsigned(state), unsigned(activity),
+            return Format("(%u, %u, %u, %u, %u, %u)", unsigned(deviceID), unsigned(state), unsigned(activity),
                           unsigned(wordA), unsigned(extra), unsigned(wordB));
         });
 }
 
 void CHostCallbacks::MonitorZone(int deviceID, int zone, const HostAudio& audio) {
     Deliver(
-        "PMONITORZONE", monitorZone,
-        [&](PMONITORZONE function) { function(deviceID, zone, audio.Bytes(), audio.bytes); },
-        [&] {
-            return Format("PMONITORZONE(%u, %u, %s)", unsigned(deviceID), unsigned(zone), Describe(audio).c_str());
-        });
+        monitorZone, [&](PMONITORZONE function) { function(deviceID, zone, audio.Bytes(), audio.bytes); },
+        [&] { return Format("(%u, %u, %s)", unsigned(deviceID), unsigned(zone), Describe(audio).c_str()); });
 }
 
 void CHostCallbacks::TrainMessage(int sourceID, int deviceID, int message) {
     Deliver(
-        "PTRAINMESSAGE", trainMessage, [&](PTRAINMESSAGE function) { function(sourceID, deviceID, message); },
-        [&] { return Format("PTRAINMESSAGE(%u, %u, %u)", unsigned(sourceID), unsigned(deviceID), unsigned(message)); });
+        trainMessage, [&](PTRAINMESSAGE function) { function(sourceID, deviceID, message); },
+        [&] { return Format("(%u, %u, %u)", unsigned(sourceID), unsigned(deviceID), unsigned(message)); });
 }
 
 void CHostCallbacks::TrainAudio(int sourceID, int taskID, const HostAudio& audio) {
     Deliver(
-        "PTRAINAUDIO", trainAudio,
-        [&](PTRAINAUDIO function) { function(sourceID, taskID, audio.Bytes(), audio.bytes); },
-        [&] {
-            return Format("PTRAINAUDIO(%u, %u, %s)", unsigned(sourceID), unsigned(taskID), Describe(audio).c_str());
-        });
+        trainAudio, [&](PTRAINAUDIO function) { function(sourceID, taskID, audio.Bytes(), audio.bytes); },
+        [&] { return Format("(%u, %u, %s)", unsigned(sourceID), unsigned(taskID), Describe(audio).c_str()); });
 }
 
 void CHostCallbacks::RPKPTTAudio(int deviceID, int kind, const HostAudio& audio) {
     Deliver(
-        "PRPKPTTAUDIO", rpkPTTAudio,
-        [&](PRPKPTTAUDIO function) { function(deviceID, kind, audio.Bytes(), audio.bytes); },
-        [&] {
-            return Format("PRPKPTTAUDIO(%u, %u, %s)", unsigned(deviceID), unsigned(kind), Describe(audio).c_str());
-        });
+        rpkPTTAudio, [&](PRPKPTTAUDIO function) { function(deviceID, kind, audio.Bytes(), audio.bytes); },
+        [&] { return Format("(%u, %u, %s)", unsigned(deviceID), unsigned(kind), Describe(audio).c_str()); });
 }
 
 void CHostCallbacks::IntercomMessage(int stationID, int intercomID, int message) {
     Deliver(
-        "PINTERCOMMESSAGE", intercomMessage,
-        [&](PINTERCOMMESSAGE function) { function(stationID, intercomID, message); },
-        [&] {
-            return Format("PINTERCOMMESSAGE(%u, %u, %u)", unsigned(stationID), unsigned(intercomID), unsigned(message));
-        });
+        intercomMessage, [&](PINTERCOMMESSAGE function) { function(stationID, intercomID, message); },
+        [&] { return Format("(%u, %u, %u)", unsigned(stationID), unsigned(intercomID), unsigned(message)); });
 }
 
 void CHostCallbacks::IntercomAudio(int stationID, const HostAudio& audio) {
     Deliver(
-        "PINTERCOMAUDIO", intercomAudio,
-        [&](PINTERCOMAUDIO function) { function(stationID, audio.Bytes(), audio.bytes); },
-        [&] { return Format("PINTERCOMAUDIO(%u, %s)", unsigned(stationID), Describe(audio).c_str()); });
+        intercomAudio, [&](PINTERCOMAUDIO function) { function(stationID, audio.Bytes(), audio.bytes); },
+        [&] { return Format("(%u, %s)", unsigned(stationID), Describe(audio).c_str()); });
 }

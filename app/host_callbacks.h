@@ -2,19 +2,24 @@
 #pragma once
 
 #include "app/k740.h"
+#include "log/callback_types.h"
 
 #include <atomic>
-#include <string>
 
 class CLog;
 
 /// A place for one callback. The pointer is read once for each call, so that a host may switch it off at any time.
 template <typename Function> class CCallbackSlot {
 public:
+    /// @param type  the callback type's name
+    explicit CCallbackSlot(const char* type) : m_type(type) {}
+
+    const char* Type() const { return m_type; }
     void Set(Function function) { m_function = function; }
     Function Get() const { return m_function; }
 
 private:
+    const char* const m_type;
     std::atomic<Function> m_function{nullptr};
 };
 
@@ -52,21 +57,21 @@ public:
     void IntercomMessage(int stationID, int intercomID, int message);
     void IntercomAudio(int stationID, const HostAudio& audio);
 
-    CCallbackSlot<PZCUSTATUS> zcuStatus;
-    CCallbackSlot<PRPKSTATUS> rpkStatus;
-    CCallbackSlot<PZONESTATUS> zoneStatus;
-    CCallbackSlot<PZCUVOLUME> zcuVolume;
-    CCallbackSlot<PTASKSTATUS> taskStatus;
-    CCallbackSlot<PMONITORZONE> monitorZone;
-    CCallbackSlot<PTRAINMESSAGE> trainMessage;
-    CCallbackSlot<PTRAINAUDIO> trainAudio;
-    CCallbackSlot<PRPKPTTAUDIO> rpkPTTAudio;
-    CCallbackSlot<PINTERCOMMESSAGE> intercomMessage;
-    CCallbackSlot<PINTERCOMAUDIO> intercomAudio;
+    CCallbackSlot<PZCUSTATUS> zcuStatus{kZCUStatusType};
+    CCallbackSlot<PRPKSTATUS> rpkStatus{kRPKStatusType};
+    CCallbackSlot<PZONESTATUS> zoneStatus{kZoneStatusType};
+    CCallbackSlot<PZCUVOLUME> zcuVolume{kZCUVolumeType};
+    CCallbackSlot<PTASKSTATUS> taskStatus{kTaskStatusType};
+    CCallbackSlot<PMONITORZONE> monitorZone{kMonitorZoneType};
+    CCallbackSlot<PTRAINMESSAGE> trainMessage{kTrainMessageType};
+    CCallbackSlot<PTRAINAUDIO> trainAudio{kTrainAudioType};
+    CCallbackSlot<PRPKPTTAUDIO> rpkPTTAudio{kRPKPTTAudioType};
+    CCallbackSlot<PINTERCOMMESSAGE> intercomMessage{kIntercomMessageType};
+    CCallbackSlot<PINTERCOMAUDIO> intercomAudio{kIntercomAudioType};
 
 private:
     template <typename Function, typename Call, typename Describe>
-    bool Deliver(const char* type, const CCallbackSlot<Function>& slot, Call call, Describe describe);
+    bool Deliver(const CCallbackSlot<Function>& slot, Call call, Describe describe);
 
     CLog& m_log;
     std::atomic<bool> m_logEnabled{false};

@@ -23,8 +23,6 @@ static_assert(sizeof(adpcm_state) == 8 && offsetof(adpcm_state, predictedB) == 4
 constexpr int kAdpcmTwoChannel = 0; // variant numbers of adpcm_coder and adpcm_decoder
 constexpr int kAdpcmMono = 1;
 
-extern "C" {
-
 /// Codes PCM as ADPCM.
 ///
 /// @param pcm      2 * count samples; in the two-channel variant the even ones are channel A, the odd ones channel B
@@ -47,13 +45,12 @@ void adpcm_coder(const short* pcm, char* code, int count, adpcm_state* state, in
 /// Any thread, on distinct states. Costs the same for every input.
 void adpcm_decoder(const char* code, short* pcm, int count, adpcm_state* state, int variant);
 
-/// Two channels, A in the high nibble and B in the low one. Coder and decoder round the prediction differently, so
-/// their states drift apart by a little; a stream therefore carries the coder's state along.
+/// Two channels, A in the high nibble and B in the low one. For a step size s and the magnitude bits 4, 2 and 1, the
+/// coder moves the prediction by s, s>>1 and s>>2, the decoder by (4s, 2s and s together) >> 2, both without the
+/// standard step's s>>3. So their states drift apart a little, and a stream carries the coder's state along.
 void Intel_adpcm_coder(const short* pcm, char* code, int count, adpcm_state* state);
 void Intel_adpcm_decoder(const char* code, short* pcm, int count, adpcm_state* state);
 
 /// One channel with the standard IMA/DVI step, except that a difference equal to a threshold takes the lower code.
 void Intel_DVI_HAV_adpcm_coder(const short* pcm, char* code, int count, adpcm_state* state);
 void Intel_DVI_HAV_adpcm_decoder(const char* code, short* pcm, int count, adpcm_state* state);
-
-} // extern "C"

@@ -1,7 +1,6 @@
 // ITU-T G.711 companding of 16-bit PCM to 8-bit A-law and mu-law, and back.
 //
 // Every function is pure, free of branches and inline, so that a loop over a block costs about a cycle per sample.
-// gnu::used keeps a symbol of each in the objects for callers that are not compiled from this header.
 #pragma once
 
 #include "codec/g711_tables.h"
@@ -33,10 +32,8 @@ template <int kFirstShift, int kSegments> constexpr short Compand(short magnitud
 
 } // namespace g711
 
-extern "C" {
-
 /// @param sample  16-bit sample, of which the 13 highest bits count
-[[gnu::used]] inline unsigned char linear2alaw(short sample) {
+inline unsigned char linear2alaw(short sample) {
     const int sign = sample >> 15; // 0 or -1
     const auto magnitude = static_cast<short>((sample >> 3) ^ sign);
     const int inversion = g711::kPositiveALaw ^ (sign & (g711::kPositiveALaw ^ g711::kNegativeALaw));
@@ -44,12 +41,12 @@ extern "C" {
 }
 
 /// @return  the middle of the code's quantising interval, -32256..32256
-[[gnu::used]] inline short alaw2linear(unsigned char code) {
+inline short alaw2linear(unsigned char code) {
     return g711::kALawSamples[code];
 }
 
 /// @param sample  16-bit sample, of which the 14 highest bits count
-[[gnu::used]] inline unsigned char linear2ulaw(short sample) {
+inline unsigned char linear2ulaw(short sample) {
     const int sign = sample >> 15; // 0 or -1
     const auto magnitude = static_cast<short>(((sample >> 2) ^ sign) - sign);
     const auto biased = static_cast<short>(magnitude + g711::kULawBias);
@@ -59,22 +56,20 @@ extern "C" {
 }
 
 /// @return  the middle of the code's quantising interval, -32124..32124
-[[gnu::used]] inline short ulaw2linear(unsigned char code) {
+inline short ulaw2linear(unsigned char code) {
     return g711::kULawSamples[code];
 }
 
 /// Transcodes by the tables of G.711, which keep the sign.
-[[gnu::used]] inline unsigned char alaw2ulaw(unsigned char code) {
+inline unsigned char alaw2ulaw(unsigned char code) {
     return static_cast<unsigned char>(g711::kALawToULaw[code]);
 }
-[[gnu::used]] inline unsigned char ulaw2alaw(unsigned char code) {
+inline unsigned char ulaw2alaw(unsigned char code) {
     return static_cast<unsigned char>(g711::kULawToALaw[code]);
 }
 
 /// Exchanges the two bytes of a sample.
-[[gnu::used]] inline short swap_linear(short sample) {
+inline short swap_linear(short sample) {
     const auto bits = static_cast<unsigned short>(sample);
     return static_cast<short>(static_cast<unsigned short>(bits << 8 | bits >> 8));
 }
-
-} // extern "C"

@@ -30,7 +30,7 @@ template <typename Value, typename Of> constexpr std::array<Value, 256> TableOfC
     return table;
 }
 
-/// The bits that invert a code's magnitude bits and leave its sign bit out.
+/// The seven magnitude bits of a code, their inversion undone.
 constexpr int ALawMagnitude(int code) {
     return (code ^ 0x55) & 0x7F;
 }

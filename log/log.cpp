@@ -5,8 +5,7 @@
 #include "common/stopwatch.h"
 #include "common/text_file.h"
 #include "common/worker.h"
-
-#include <array>
+#include "log/callback_types.h"
 
 namespace {
 
@@ -16,9 +15,6 @@ constexpr const char* kSDKLogName = "k740sdk";
 constexpr const char* kLogExtension = ".log";
 constexpr const char* kErrorMark = "*****";
 constexpr const char* kRemovedLine = "------------remove log------------\n";
-constexpr std::array kCallbackTypes{"PZCUSTATUS",   "PZONESTATUS",      "PZCUVOLUME",    "PTASKSTATUS",
-                                    "PMONITORZONE", "PRPKSTATUS",       "PRPKPTTAUDIO",  "PTRAINMESSAGE",
-                                    "PTRAINAUDIO",  "PINTERCOMMESSAGE", "PINTERCOMAUDIO"};
 
 // The year has two digits.
 std::string TimeStamp() {
@@ -36,10 +32,12 @@ void CLog::Initialization() {
 }
 
 void CLog::PushLog(const std::string& /*type*/, uint8_t level, const std::string& text) {
+    if (m_finished) { return; }
     m_lines.Append(TimeStamp() + "\t" + (level == kLogError ? kErrorMark : "") + text);
 }
 
 void CLog::PushLog2(const std::string& type, uint8_t /*level*/, const std::string& text) {
+    if (m_finished) { return; }
     tagLOG_CALLBACK record;
     Xstrcpy(record.type, type, sizeof(record.type) - 1);
     Xstrcpy(record.text, TimeStamp() + "\t" + text, sizeof(record.text) - 1);
@@ -85,7 +83,5 @@ void CLog::ThreadSaveLog() {
 void CLog::Finish() {
     m_finishing = true;
     m_finishRequested.Raise();
-    CQBTime waited;
-    waited.TimeStart();
-    while (!m_finished && waited.TimeEnd() < kLastPassWaitMs) { usTimer(1); }
+    AwaitCondition([this] { return m_finished.load(); }, kLastPassWaitMs);
 }

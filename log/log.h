@@ -24,7 +24,8 @@ static_assert(sizeof(tagLOG_CALLBACK) == 2098);
 /// Queues lines from any thread and writes them to files in "k740log" on a thread of its own, every 200 ms.
 ///
 /// Files: "k740sdk.log" and one for each callback type. A full queue drops its oldest line for each new one. A file
-/// that has grown beyond 50 MiB is deleted and begun anew with a line that says so.
+/// that has grown beyond 50 MiB is deleted and begun anew with a line that says so. Lines that come after the writer's
+/// last pass are dropped.
 class CLog {
 public:
     virtual ~CLog() = default;

@@ -27,11 +27,15 @@ int CarryDrift(const PacingStep& step, int periodMs, int elapsedMs) {
     return step.clampedDrift - periodMs + elapsedMs;
 }
 
-void MultiCastSleep464(int& drift, int& counter, const CQBTime& timer) {
+int Period464(int& counter) {
     ++counter;
-    const bool longPeriod = counter % kPeriodsPerLongOne == 0;
-    if (longPeriod) { counter = 0; }
-    SleepRestOfPeriod(longPeriod ? kLongPeriodMs : kShortPeriodMs, kMaxDrift464Ms, drift, timer);
+    if (counter % kPeriodsPerLongOne != 0) { return kShortPeriodMs; }
+    counter = 0;
+    return kLongPeriodMs;
+}
+
+void MultiCastSleep464(int& drift, int& counter, const CQBTime& timer) {
+    SleepRestOfPeriod(Period464(counter), kMaxDrift464Ms, drift, timer);
 }
 
 void MultiCastSleep20(int& drift, const CQBTime& timer) {

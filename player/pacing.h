@@ -13,6 +13,9 @@ void MultiCastSleep20(int& drift, const CQBTime& timer);
 /// The same with periods of 10 ms.
 void MultiCastSleep10(int& drift, const CQBTime& timer);
 
+/// Counts a period of MultiCastSleep464. @return its length in milliseconds
+int Period464(int& counter);
+
 /// How long to sleep and what to carry on: the rule behind the functions above.
 struct PacingStep {
     int sleepMs;

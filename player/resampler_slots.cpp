@@ -3,9 +3,9 @@
 #include "player/audio_packet.h"
 #include "public/fa_resample/fa_fir.h"
 
-namespace {
+#include <utility>
 
-constexpr int kKaiserDesign = 2;
+namespace {
 
 bool IsSlot(int slot) {
     return slot >= 0 && slot < kChannels;
@@ -22,8 +22,8 @@ int CResamplerSlots::InitResample(int slot, int inRate, int outRate, float quali
     const auto index = static_cast<std::size_t>(slot);
     const CQBSemLocker lock(&m_lock);
     FreeLocked(index);
-    m_slots[index].handle = fa_resample_filter_init(outRate, inRate, kKaiserDesign, kFrameBytes, quality);
-    return m_slots[index].handle == kNone ? -1 : 0;
+    m_handles[index] = fa_resample_filter_init(outRate, inRate, kFaKaiser, kFrameBytes, quality);
+    return m_handles[index] == kFaRefused ? -1 : 0;
 }
 
 void CResamplerSlots::UnInitResample(int slot) {
@@ -33,6 +33,5 @@ void CResamplerSlots::UnInitResample(int slot) {
 }
 
 void CResamplerSlots::FreeLocked(std::size_t slot) {
-    if (m_slots[slot].handle != kNone) { fa_resample_filter_uninit(m_slots[slot].handle); }
-    m_slots[slot].handle = kNone;
+    fa_resample_filter_uninit(std::exchange(m_handles[slot], 0));
 }

@@ -24,13 +24,8 @@ public:
     void UnInitResample(int slot);
 
 private:
-    static constexpr uintptr_t kNone = static_cast<uintptr_t>(-1);
-
     void FreeLocked(std::size_t slot) K740_REQUIRES(m_lock);
 
-    struct Slot {
-        uintptr_t handle = kNone;
-    };
     CQBSem m_lock;
-    std::array<Slot, kChannels> m_slots K740_GUARDED_BY(m_lock);
+    std::array<uintptr_t, kChannels> m_handles K740_GUARDED_BY(m_lock){}; // 0 or refused for none
 };

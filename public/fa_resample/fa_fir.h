@@ -15,17 +15,14 @@ enum { // window numbers of the designs; any other number is taken as Hamming
 
 constexpr uintptr_t kFaRefused = UINTPTR_MAX; // (uintptr_t)-1, the handle of what could not be created
 
-extern "C" {
-
 /// Converts a block of PCM to another rate by linear interpolation, without filtering.
 ///
 /// Blocks do not depend on each other: positions at or after the last input sample hold that sample. Positions and
 /// interpolation are in single precision, and the result is truncated, so that it is the same on every machine.
 ///
 /// @param in        inCount samples; with none nothing is done
-/// @param inRate    serves only to tell whether it equals outRate; then inCount samples are copied, whatever outCount
-/// is
-/// @param out       receives outCount samples, or inCount of them at equal rates
+/// @param inRate    serves only to tell whether it equals outRate
+/// @param out       receives outCount samples; at equal rates the inCount ones of in, whatever outCount is
 /// @param step      distance between output samples in input samples, not negative
 void resampleData(const short* in, int inRate, int inCount, short* out, int outRate, int outCount, float step);
 
@@ -114,5 +111,3 @@ int fa_resample(uintptr_t handle, const unsigned char* in, int inBytes, unsigned
 
 /// @return  longest input frame in bytes; 0 without a handle
 int fa_get_resample_framelen_bytes(uintptr_t handle);
-
-} // extern "C"

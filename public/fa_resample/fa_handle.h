@@ -1,4 +1,4 @@
-// Objects behind the integer handles of the C interface.
+// Objects behind integer handles.
 #pragma once
 
 #include "public/fa_resample/fa_fir.h"

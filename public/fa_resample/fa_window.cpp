@@ -13,9 +13,9 @@ using std::numbers::pi;
 constexpr float kDefaultBeta = 8.96F;
 
 /// Fills a window from its formula, each pair once; the formula takes the position 0..1 from end to end.
-template <typename Formula> int FillWindow(float* w, int N, Formula formula) {
+template <typename Formula> int FillSymmetric(float* w, int N, Formula formula) {
     if (N == 1) { w[0] = 1; }
-    for (int n = 0; n <= (N - 1) / 2 && N > 1; ++n) {
+    for (int n = 0; N > 1 && n <= (N - 1) / 2; ++n) {
         const auto value = static_cast<float>(formula(static_cast<double>(n) / (N - 1)));
         w[n] = value;
         w[N - 1 - n] = value;
@@ -44,11 +44,12 @@ int TapCount(double estimate) {
 } // namespace
 
 int fa_hamming(float* w, int N) {
-    return FillWindow(w, N, [](double t) { return 0.54 - 0.46 * std::cos(2 * pi * t); });
+    return FillSymmetric(w, N, [](double t) { return 0.54 - 0.46 * std::cos(2 * pi * t); });
 }
 
 int fa_blackman(float* w, int N) {
-    return FillWindow(w, N, [](double t) { return 0.42 - 0.5 * std::cos(2 * pi * t) + 0.08 * std::cos(4 * pi * t); });
+    return FillSymmetric(w, N,
+                         [](double t) { return 0.42 - 0.5 * std::cos(2 * pi * t) + 0.08 * std::cos(4 * pi * t); });
 }
 
 int fa_kaiser(float* w, int N) {
@@ -56,7 +57,7 @@ int fa_kaiser(float* w, int N) {
 }
 
 int fa_kaiser_beta(float* w, int N, float beta) {
-    return FillWindow(w, N, [beta, peak = BesselI0(beta)](double t) {
+    return FillSymmetric(w, N, [beta, peak = BesselI0(beta)](double t) {
         const double x = 2 * t - 1;
         return BesselI0(beta * std::sqrt(1 - x * x)) / peak;
     });

@@ -119,17 +119,6 @@ TEST_F(ConfigurationTest, OverlongTextsAreRefusedOrKeptWhole) {
     EXPECT_EQ(Texts{"K740_SetNIC('" + kept + "')"}, TextsOfCalls());
 }
 
-TEST_F(ConfigurationTest, CallbackLogIsSwitchedByZeroAndOneOnly) {
-    EXPECT_EQ(0, K740_EnableCallbackLog(1));
-    EXPECT_TRUE(g_app->Callbacks().IsLogEnabled());
-    for (int bad : {2, -1, std::numeric_limits<int>::max()}) { EXPECT_EQ(-1, K740_EnableCallbackLog(bad)) << bad; }
-    EXPECT_TRUE(g_app->Callbacks().IsLogEnabled());
-    EXPECT_EQ(0, K740_EnableCallbackLog(0));
-    EXPECT_EQ(-1, K740_EnableCallbackLog(2));
-    EXPECT_FALSE(g_app->Callbacks().IsLogEnabled());
-    EXPECT_EQ((Texts{"K740_EnableCallbackLog(1)", "K740_EnableCallbackLog(0)"}), TextsOfCalls());
-}
-
 TEST_F(ConfigurationTest, VoiceAlarmModeIsEnteredAndLeftAtTheDevice) {
     AddZoneController(33, "192.168.1.33");
     ASSERT_EQ(0, K740_AddDevice(33, 1, "192.168.1.33"));

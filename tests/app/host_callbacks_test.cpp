@@ -1,6 +1,7 @@
 // How the host's callbacks for audio and messages are called and logged.
 #include "app/host_callbacks.h"
 #include "tests/log/log_fixture.h"
+#include "tests/support/allocation_failure.h"
 
 #include <array>
 #include <atomic>
@@ -36,6 +37,11 @@ int OnIntercomAudio(int station, unsigned char* audio, int length) {
 }
 int CountOnly(int, int, int) {
     ++g_calls;
+    return 0;
+}
+std::atomic<bool> g_memoryIsShort{false};
+int LeaveNoMemory(int, int, int) {
+    g_memoryIsShort = true;
     return 0;
 }
 int Throw(int, int, int) {
@@ -148,6 +154,16 @@ TEST_F(HostCallbacksTest, WhatTheHostThrowsEndsThere) {
     m_callbacks.intercomMessage.Set(Throw);
     EXPECT_NO_THROW(m_callbacks.IntercomMessage(5000, 5500, 1));
     EXPECT_EQ(std::vector<std::string>{"PINTERCOMMESSAGE(5000, 5500, 1)"}, Logged("PINTERCOMMESSAGE"));
+}
+
+TEST_F(HostCallbacksTest, ALogLineThatThereIsNoMemoryForIsDropped) {
+    m_callbacks.intercomMessage.Set(LeaveNoMemory);
+    {
+        const AllocationFailure failure([] { return g_memoryIsShort.load(); });
+        EXPECT_NO_THROW(m_callbacks.IntercomMessage(5000, 5500, 1));
+    }
+    EXPECT_TRUE(g_memoryIsShort);
+    EXPECT_EQ(std::vector<std::string>{}, Logged("PINTERCOMMESSAGE"));
 }
 
 TEST_F(HostCallbacksTest, CallbackMayBeSwitchedOffWhileItIsCalled) {

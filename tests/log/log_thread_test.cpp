@@ -3,6 +3,7 @@
 #include "tests/log/log_fixture.h"
 
 #include <algorithm>
+#include <climits>
 #include <thread>
 #include <vector>
 
@@ -25,6 +26,19 @@ protected:
         EXPECT_TRUE(WaitUntil([] { return RunningThreads() == 0; }));
     }
 
+    /// @return milliseconds from one write to the next, the best of several on a busy machine
+    unsigned BestRoundMs() {
+        unsigned best = UINT_MAX;
+        for (int round = 0; round < 10 && best >= 300; ++round) {
+            const std::string line = "round " + std::to_string(round);
+            m_time.TimeStart();
+            m_log.PushLog("", 0, line);
+            EXPECT_TRUE(WaitForLogLine(line));
+            best = std::min(best, m_time.TimeEnd());
+        }
+        return best;
+    }
+
 private:
     const TemporaryDirectory m_directory;
 
@@ -38,10 +52,7 @@ TEST_F(LogThreadTest, WritesBothLogsEvery200Milliseconds) {
     ASSERT_TRUE(WaitForLogLine("first"));
     EXPECT_GE(m_time.TimeEnd(), 199U);
     EXPECT_TRUE(WaitForCallbackLogLine("PTASKSTATUS", "PTASKSTATUS(1, 2)"));
-    m_time.TimeStart();
-    m_log.PushLog("", 0, "second");
-    ASSERT_TRUE(WaitForLogLine("second"));
-    EXPECT_LT(m_time.TimeEnd(), 3000U);
+    EXPECT_LT(BestRoundMs(), 300U);
 }
 
 TEST_F(LogThreadTest, FinishWritesWhatIsQueuedWithoutThePause) {
@@ -61,6 +72,17 @@ TEST_F(LogThreadTest, FinishEndsTheWriter) {
     m_log.PushLog("", 0, "too late");
     m_log.Finish();
     EXPECT_EQ(std::vector<std::string>{"first"}, LogTexts());
+}
+
+TEST_F(LogThreadTest, LinesBehindTheEndOfTheWriterAreNotKept) {
+    m_log.Finish();
+    ASSERT_TRUE(WaitUntil([] { return RunningThreads() == 0; }));
+    m_log.PushLog("", 0, "too late");
+    m_log.PushLog2("PTASKSTATUS", 0, "too late");
+    m_log.SaveSDKLog();
+    m_log.SaveCallbackLog();
+    EXPECT_EQ(std::vector<std::string>{"first"}, LogTexts());
+    EXPECT_FALSE(std::filesystem::exists(LogPath("PTASKSTATUS")));
 }
 
 TEST_F(LogThreadTest, ThreadIsNamedAfterItsWork) {

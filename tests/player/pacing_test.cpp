@@ -8,9 +8,11 @@ namespace k740::test {
 namespace {
 
 /// The sleeps of a sender whose every sleep takes this much longer than asked for.
-std::vector<int> Sleeps(int count, int periodMs, int maxDriftMs, int drift, int lateMs) {
+/// @param period  gives the length of each period
+template <typename Period> std::vector<int> Sleeps(int count, Period period, int maxDriftMs, int drift, int lateMs) {
     std::vector<int> sleeps;
     for (int i = 0; i < count; ++i) {
+        const int periodMs = period();
         const PacingStep step = PlanPacing(periodMs, drift, maxDriftMs);
         sleeps.push_back(step.sleepMs);
         drift = CarryDrift(step, periodMs, step.sleepMs + lateMs);
@@ -45,7 +47,19 @@ TEST(PacingTest, DriftCarriesWhatThePeriodRanOver) {
 }
 
 TEST(PacingTest, ALateSleepShortensTheNext) {
-    EXPECT_EQ((std::vector<int>{15, 18, 18, 18}), Sleeps(4, 20, 5, 9, 2));
+    EXPECT_EQ((std::vector<int>{15, 18, 18, 18}), Sleeps(
+                                                      4, [] { return 20; }, 5, 9, 2));
+}
+
+TEST(PacingTest, EveryTwentiethPeriodOf464IsLong) {
+    std::vector<int> expected{46};
+    expected.insert(expected.end(), 18, 45);
+    expected.push_back(53);
+    expected.insert(expected.end(), 19, 45);
+    expected.push_back(53);
+    int counter = 0;
+    EXPECT_EQ(expected, Sleeps(
+                            40, [&] { return Period464(counter); }, 10, 0, 1));
 }
 
 TEST(PacingTest, Sleep464Takes46MillisecondsLessTheDrift) {

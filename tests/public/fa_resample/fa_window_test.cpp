@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -51,6 +52,7 @@ TEST(FaWindowTest, WindowOfOnePointIsOneAndOfNoneTouchesNothing) {
     for (const Window& window : {Window(&fa_hamming), Window(&fa_blackman), Window(&fa_kaiser), kBeta4}) {
         ExpectWindow(window, {1.0F});
         ExpectWindow(window, {});
+        EXPECT_EQ(INT_MIN, window(nullptr, INT_MIN));
     }
 }
 
@@ -73,6 +75,9 @@ TEST(FaWindowTest, TapEstimatesAreTruncated) {
 
 TEST(FaWindowTest, TapEstimateOfNoTransitionIsTheHighestInt) {
     EXPECT_EQ(std::numeric_limits<int>::max(), fa_hamming_cof_num(0));
+}
+
+TEST(FaWindowTest, TapEstimateOfANegativeTransitionIsZero) {
     EXPECT_EQ(0, fa_blackman_cof_num(-1));
 }
 
