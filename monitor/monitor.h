@@ -8,7 +8,9 @@
 #include <cstdint>
 #include <vector>
 
+class CGroupReceiver;
 class CK740ControlApp;
+class CQBTime;
 
 inline constexpr std::size_t kMaxMonitoredZones = 5;
 
@@ -52,20 +54,18 @@ private:
     };
 
     int List(Listed& listed);
+    void Unlist(const Listed& listed);
     bool StartThreads(const Listed& listed);
     bool IsCurrent(const Listed& listed) const;
+    template <typename Match> bool IsAny(Match match) const;
     void ThreadGetMonitoZoneMCastIP(const Listed& listed);
     void QueryGroup(const Listed& listed);
     void ThreadRecvMultiData(const Listed& listed);
+    /// Follows the zone's group and waits for a datagram.
+    void PassAudio(const Listed& listed, CGroupReceiver& receiver, CQBTime& sinceFailedJoin);
 
     CK740ControlApp& m_app;
     uint32_t m_generation K740_GUARDED_BY(m_lock) = 0;
     std::vector<tagMONITOR_ZONES> m_zones K740_GUARDED_BY(m_lock);
     mutable CQBSem m_lock;
 };
-
-/// Reads the group of a zone out of a controller's answer. Controllers send a table of eight entries; virtual ones send
-/// a 1 before it, and are read so when the entry is no group otherwise.
-/// @param zone  1..8
-/// @return      zeroes when there is no group
-_zone_mcast_t ZoneMulticast(const tagQUERY_ZONE_MCAST_IP_RSP& answer, uint32_t zone);

@@ -1,10 +1,15 @@
 #include "player/group_receiver.h"
 
 #include "app/application.h"
+#include "common/format.h"
 
 bool CGroupReceiver::Join(const std::string& group, int port) {
     const bool joined = m_udp.join_multicast_recv(group, port, m_app.Configuration().NIC(), kReceiveSliceMs) == 0;
     m_group = joined ? group : "";
+    if (!joined && group != m_failedGroup) {
+        m_app.Log().PushLog("", kLogError, Format("Failed to join into multi-cast group %s", group.c_str()));
+    }
+    m_failedGroup = joined ? "" : group;
     return joined;
 }
 

@@ -17,7 +17,8 @@ class CGroupReceiver {
 public:
     explicit CGroupReceiver(CK740ControlApp& app) : m_app(app) {}
 
-    /// Leaves the former group and joins another, on the interface that the host has set.
+    /// Leaves the former group and joins another, on the interface that the host has set. A failure is logged, but once
+    /// only for a group that is tried again and again.
     /// @return false when it could not be joined; there is no group then
     bool Join(const std::string& group, int port);
     void Leave();
@@ -34,5 +35,6 @@ private:
     CK740ControlApp& m_app;
     CQBUDP m_udp;
     std::string m_group;
+    std::string m_failedGroup; // which could not be joined
     CAudioDecoder m_decoder;
 };

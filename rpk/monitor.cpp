@@ -1,37 +1,27 @@
 // Zone monitoring by paging stations.
 #include "app/application.h"
-#include "common/answer_wait.h"
 #include "common/device_types.h"
 #include "common/format.h"
 #include "protocol/commands.h"
 #include "rpk/rpk.h"
-
-namespace {
-
-constexpr AnswerTiming kMonitorTiming{20, 3999};
-
-auto IsOf(int id) {
-    return [id](const tagRPK_MONITOR_ZONE& monitored) { return monitored.deviceID == static_cast<uint32_t>(id); };
-}
-
-} // namespace
+#include "rpk/station_answers.h"
 
 void CRPK::NewMonitorZone(int id, int zcuID, int zone) {
     const tagRPK_MONITOR_ZONE fresh{static_cast<uint32_t>(id), static_cast<uint32_t>(zcuID),
                                     static_cast<uint32_t>(zone), time(nullptr)};
     m_monitorZones.UpdateOrAppend(
-        IsOf(id), [&](tagRPK_MONITOR_ZONE& known) { known = fresh; }, fresh);
+        OfDevice(id), [&](tagRPK_MONITOR_ZONE& known) { known = fresh; }, fresh);
 }
 
 int CRPK::GetMonitorZone(int id, tagRPK_MONITOR_ZONE& out) const {
-    const auto found = m_monitorZones.Find(IsOf(id));
+    const auto found = m_monitorZones.Find(OfDevice(id));
     if (!found) { return -1; }
     out = *found;
     return 0;
 }
 
 int CRPK::RemoveMonitorZone(int id) {
-    return m_monitorZones.EraseIf(IsOf(id)) > 0 ? 0 : -1;
+    return m_monitorZones.EraseIf(OfDevice(id)) > 0 ? 0 : -1;
 }
 
 void CRPK::ReceiveMonitorResponse(const _vxa_cmd_packet_t* packet, const std::string& /*senderIP*/) {
@@ -66,17 +56,13 @@ bool CRPK::CheckMonitor(int id, int zcuID, int zone, int start) {
     return true;
 }
 
-// However old an answer is, it satisfies the next request: the stations rely on it.
+// Unlike answers to task requests, old ones are kept, deliberately: one satisfies a later request, whatever its age.
 int CRPK::AwaitMonitorAnswer(int id, const char* action) {
-    const auto answer =
-        WaitForAnswer(m_app.Lifetime(), m_monitorAnswers, kMonitorTiming, [id](const tagMONITOR_RESPONSE& candidate) {
-            return candidate.deviceID == static_cast<uint32_t>(id);
-        });
-    if (!answer) {
+    const int result = AwaitStation(m_app.Lifetime(), m_monitorAnswers, id);
+    if (result == kStationSilent) {
         m_app.Log().PushLog("", kLogError, Format("receive rpk %s monitor response timeout.", action));
-        return kStationSilent;
+        return result;
     }
-    const int result = answer->result == kStationSuccess ? 0 : kStationRefused;
     m_app.Log().PushLog("", kLogInfo, Format("receive rpk %s monitor response, %d", action, result));
     return result;
 }

@@ -6,6 +6,8 @@
 #include "protocol/cmd_packet.h"
 #include "rpk/rpk_records.h"
 
+#include <time.h>
+
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -26,7 +28,7 @@ public:
     /// Queues an off-line status; nothing for an ID that is no paging station's.
     void OffLine_RPK(int id);
     /// Merges the queued reports, ages the table and forgets stations that are no longer registered.
-    void UpdateRPKStatus();
+    void UpdateRPKStatus(time_t now = time(nullptr));
     bool NeedsOffLineMark(int id, time_t now) const { return m_status.NeedsOffLineMark(id, now); }
     std::deque<tagRPK_QUERYSTATUS> GetAllRPKStatus() const { return m_status.Copy(); }
 
@@ -63,6 +65,8 @@ public:
     int GetMonitorPTTFlag(int id) const;
 
 private:
+    struct PTTReception;
+
     bool CheckTask(int id, int taskID);
     bool CheckStart(int priority, std::string& zones, std::string& zoneText);
     int AwaitTaskAnswer(int id, const char* action);
@@ -71,6 +75,9 @@ private:
     bool Reject(const std::string& reason);
     void ThreadMonitorPTT(int id);
     void ReceivePTT(int id);
+    /// Looks whether the audio is still wanted, and from which group, and waits for a datagram.
+    /// @return false when it is not wanted any more
+    bool PassPTT(int id, PTTReception& reception);
 
     CK740ControlApp& m_app;
     CStatusTable<tagRPK_QUERYSTATUS, 4096, 1024> m_status;

@@ -1,6 +1,8 @@
 // Records of paging stations: status, task requests and their answers.
 #pragma once
 
+#include "devices/status_table.h"
+
 #include <time.h>
 
 #include <cstddef>
@@ -14,7 +16,7 @@ inline constexpr std::size_t kMaxRPKZoneText = 488; // what is left of a packet 
 #pragma pack(push, 1)
 /// Payload of the status report 0x8700, 9 bytes.
 struct _rpk_status_payload_t {
-    uint8_t state; // 255 off line
+    uint8_t state; // kStatusOffLine or the station's
     uint8_t activity;
     uint16_t uninterpreted;
     uint16_t wordA;
@@ -30,8 +32,8 @@ struct tagRPK_QUERYSTATUS {
 
     bool operator==(int id) const { return DeviceID() == id; }
     int DeviceID() const { return static_cast<int>(deviceID); }
-    bool IsOffLine() const { return status.state == 255; }
-    void SetOffLine() { status.state = 255; }
+    bool IsOffLine() const { return status.state == kStatusOffLine; }
+    void SetOffLine() { status.state = kStatusOffLine; }
     time_t LastUpdate() const { return lastUpdate; }
     void Update(const tagRPK_QUERYSTATUS& newer) {
         status = newer.status;

@@ -22,9 +22,9 @@ void CRPK::OffLine_RPK(int id) {
     m_status.Report(record);
 }
 
-void CRPK::UpdateRPKStatus() {
+void CRPK::UpdateRPKStatus(time_t now) {
     const auto isRegistered = [this](int id) { return m_app.Devices().IsDeviceIDValid(id); };
     m_status.Merge(isRegistered);
-    m_status.Age(time(nullptr));
+    m_status.Age(now);
     m_status.RemoveUnregistered(isRegistered);
 }

@@ -1,15 +1,14 @@
 // Starting and stopping tasks of paging stations.
 #include "app/application.h"
-#include "common/answer_wait.h"
 #include "common/device_types.h"
 #include "common/format.h"
 #include "devices/zone_string.h"
 #include "protocol/commands.h"
 #include "rpk/rpk.h"
+#include "rpk/station_answers.h"
 
 namespace {
 
-constexpr AnswerTiming kTaskTiming{20, 3999};
 constexpr int kFirstPriority = 56;
 constexpr int kLastPriority = 255;
 constexpr int kStopPriority = 100;
@@ -18,7 +17,7 @@ bool IsStationTask(int taskID) {
     return taskID == 3 || taskID == 7;
 }
 
-/// @return each item as three digits of the controller's ID and two of its zones, without separators
+/// @return each item as three digits of the controller's ID, or four, and two of its zones, without separators
 std::string ZoneText(const std::string& zones) {
     std::string text;
     for (const std::string& piece : SplitZoneString(zones)) {
@@ -76,15 +75,10 @@ bool CRPK::Reject(const std::string& reason) {
     return false;
 }
 
-// The answer names neither the task nor the request, so the station's newest one counts.
 int CRPK::AwaitTaskAnswer(int id, const char* action) {
-    const auto answer =
-        WaitForAnswer(m_app.Lifetime(), m_taskResults, kTaskTiming, [id](const tagRPK_TASK_RESULT& candidate) {
-            return candidate.deviceID == static_cast<uint32_t>(id);
-        });
-    const int result = !answer ? kStationSilent : answer->result == kStationSuccess ? 0 : kStationRefused;
-    m_app.Log().PushLog("", answer ? kLogInfo : kLogError,
-                        Format(answer ? "receive rpk %s task response, %d" : "receive rpk %s task response timeout, %d",
-                               action, result));
+    const int result = AwaitStation(m_app.Lifetime(), m_taskResults, id);
+    const bool isSilent = result == kStationSilent;
+    m_app.Log().PushLog("", isSilent ? kLogError : kLogInfo,
+                        Format("receive rpk %s task response%s, %d", action, isSilent ? " timeout" : "", result));
     return result;
 }

@@ -87,6 +87,16 @@ TEST_F(ZoneMonitorCallsTest, TheFlagIsOneOrZero) {
     ExpectRefused(kController, 1, -1, "Failed to K740_MonitorZone(33, 1, -1), return -1.");
 }
 
+TEST_F(ZoneMonitorCallsTest, NobodyAsksForTheGroupOfAZoneThatThereIsNot) {
+    CMonitor& monitor = g_app->Monitor();
+    const auto before = CountThreads();
+    for (std::uint32_t zone : {0U, 9U}) { EXPECT_EQ(0, monitor.StartMonitorZone(kController, zone)); }
+    EXPECT_TRUE(WaitUntil([=] { return CountThreads() == before + 2; })) << "each has the one that receives";
+    Monitor(1); // a zone that there is is asked for later, and answered
+    EXPECT_EQ(1U, CountQueries());
+    for (std::uint32_t zone : {0U, 9U}) { EXPECT_EQ(0, monitor.StopMonitorZone(kController, zone)); }
+}
+
 TEST_F(ZoneMonitorCallsTest, TheTableComparesTheGenerationOnlyWhenTheGroupIsRead) {
     CMonitor& monitor = g_app->Monitor();
     EXPECT_EQ(0, monitor.StartMonitorZone(34, 2)); // not registered: nobody is asked

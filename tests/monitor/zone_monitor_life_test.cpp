@@ -36,16 +36,21 @@ TEST_F(ZoneMonitorLifeTest, AMonitoredZoneHasTwoThreadsAndOneMembership) {
     ExpectNothingLeft(before);
 }
 
-TEST_F(ZoneMonitorLifeTest, AStopEndsTheCallbacksWithinAQuarterOfASecond) {
+TEST_F(ZoneMonitorLifeTest, AStopEndsCallbacksAndThreadsWithinAQuarterOfASecond) {
     const Leftovers before;
-    Monitor(1);
     const sim::AudioSource& source = StreamOn(1);
-    ASSERT_TRUE(ZoneAudio().WaitFor(kController, 1, 5));
-    Stop(1);
-    const auto stopped = HeardAudio::Clock::now();
-    ExpectNothingLeft(before); // the socket of the group included, so that nothing can come any more
+    std::vector<HeardAudio::Clock::duration> delays;
+    for (int round = 0; round < 9; ++round) {
+        Monitor(1);
+        ASSERT_TRUE(ZoneAudio().WaitFor(kController, 1, ZoneAudio().CountAll() + 5));
+        Stop(1);
+        const auto stopped = HeardAudio::Clock::now();
+        ExpectNothingLeft(before); // the socket of the group included, so that nothing can come any more
+        delays.push_back(HeardAudio::Clock::now() - stopped);
+    }
     EXPECT_TRUE(source.IsStreaming());
-    EXPECT_LT(ZoneAudio().Latest() - stopped, 750ms);
+    std::sort(delays.begin(), delays.end());
+    EXPECT_LT(delays[4], 150ms) << "on the average; a busy machine may delay one or the other";
 }
 
 TEST_F(ZoneMonitorLifeTest, AZoneThatWasStoppedIsHeardAgainAfterAStart) {

@@ -1,5 +1,5 @@
 // Reading the group of a zone out of a controller's answer.
-#include "monitor/monitor.h"
+#include "monitor/zone_multicast.h"
 
 #include <gtest/gtest.h>
 

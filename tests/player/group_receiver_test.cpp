@@ -8,10 +8,13 @@
 #include "tests/support/leftovers.h"
 #include "tests/support/noise.h"
 #include "tests/support/private_network_fixture.h"
+#include "tests/support/sdk_log.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace k740::test {
@@ -108,6 +111,21 @@ TEST_F(GroupReceiverTest, AJoinThatFailsLeavesNoGroup) {
     EXPECT_EQ("", m_receiver.Group());
     EXPECT_EQ(before, Leftovers());
     EXPECT_TRUE(m_receiver.Join(kGroup, kPort));
+}
+
+TEST_F(GroupReceiverTest, AFailureIsLoggedOnceForAGroup) {
+    const auto fail = [this](const char* group, int times) {
+        for (int i = 0; i < times; ++i) { EXPECT_FALSE(m_receiver.Join(group, kPort)); }
+    };
+    fail("192.168.1.1", 3);
+    fail("192.168.1.2", 2);
+    EXPECT_TRUE(m_receiver.Join(kGroup, kPort));
+    fail("192.168.1.2", 2);
+    std::filesystem::create_directory(kLogDirectory);
+    m_app->Log().SetBaseDirectory(".");
+    m_app->Log().SaveSDKLog();
+    const std::string line = "*****Failed to join into multi-cast group 192.168.1.";
+    EXPECT_EQ((std::vector<std::string>{line + "1", line + "2", line + "2"}), LogTexts());
 }
 
 TEST_F(GroupReceiverTest, ReceiversOfTheSameGroupBothHearIt) {

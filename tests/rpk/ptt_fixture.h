@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace k740::test {
 
@@ -66,6 +67,13 @@ protected:
         m_station.Talk({group, sim::kAudioPort}, talk);
         ASSERT_TRUE(PTTAudio().WaitFor(kStation, kAudioKind, before + *talk.count));
     }
+    /// @return what is heard of a talk to a reception that has just begun
+    std::vector<std::int16_t> HearAnew(const sim::AudioStream& talk) {
+        Listen(kGroup);
+        const std::size_t before = Heard().size();
+        TalkAndHear(kGroup, talk);
+        return HeardFrom(before);
+    }
     /// Talks to kGroup without end.
     sim::AudioSource& TalkOn() {
         sim::AudioStream talk;
@@ -74,6 +82,10 @@ protected:
         return m_station.Talk({kGroup, sim::kAudioPort}, talk);
     }
     static std::vector<std::int16_t> Heard() { return PTTAudio().Samples(kStation, kAudioKind); }
+    static std::vector<std::int16_t> HeardFrom(std::size_t begin) {
+        const auto heard = Heard();
+        return {heard.begin() + static_cast<std::ptrdiff_t>(begin), heard.end()};
+    }
     static void ExpectNothingLeft(const Leftovers& before) {
         EXPECT_TRUE(WaitUntil([&] { return Leftovers() == before; })) << before << "\n" << Leftovers();
     }

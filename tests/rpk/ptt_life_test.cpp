@@ -35,12 +35,15 @@ TEST_F(PTTLifeTest, OneThreadAndOneMembershipForEachStation) {
 }
 
 TEST_F(PTTLifeTest, BlankingEndsTheThreadWithinATenthOfASecond) {
-    Listen(kGroup);
     TalkOn();
-    ASSERT_TRUE(PTTAudio().WaitFor(kStation, kAudioKind, 5));
-    EXPECT_LT(Measure([] { Blank(); }), 900ms);
-    EXPECT_FALSE(IsListening());
-    EXPECT_EQ(0, MembersOf(kGroup));
+    EXPECT_TRUE(HoldsOnce([] {
+        Listen(kGroup);
+        EXPECT_TRUE(PTTAudio().WaitFor(kStation, kAudioKind, PTTAudio().CountAll() + 5));
+        const auto duration = Measure([] { Blank(); });
+        EXPECT_FALSE(IsListening());
+        EXPECT_EQ(0, MembersOf(kGroup));
+        return duration < 150ms; // the setter looks every 20 ms
+    }));
 }
 
 TEST_F(PTTLifeTest, ANewGroupIsHeardAndTheFormerNoMore) {
@@ -160,6 +163,7 @@ TEST_F(PTTLifeTest, AGroupThatCannotBeJoinedIsTriedAgain) {
     EXPECT_EQ(0, K740_SetNIC("192.168.77.77")); // no interface of this machine
     EXPECT_EQ(0, K740_SetRPKPTTMulticastIP(kStation, kGroup));
     EXPECT_TRUE(IsListening());
+    EXPECT_TRUE(WaitForExactLine("*****Failed to join into multi-cast group 225.5.0.0"));
     EXPECT_EQ(0, K740_SetNIC(address.c_str()));
     ASSERT_TRUE(WaitUntil([] { return MembersOf(kGroup) == 1; }));
     TalkAndHear(kGroup, NoiseTalk(1));

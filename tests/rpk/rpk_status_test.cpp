@@ -136,6 +136,17 @@ TEST_F(RPKStatusTest, AMarkIsNeededMoreThan60SecondsAfterTheReport) {
     EXPECT_FALSE(m_rpk.NeedsOffLineMark(5000, reported + 1000));
 }
 
+TEST_F(RPKStatusTest, AStationThatIsSilentForMoreThan60SecondsIsOffLineAndElseStaysAsItWas) {
+    AddStation(5000);
+    Report(5000, {1, 2, 3, 4, 5, 6, 7, 8, 9});
+    m_rpk.UpdateRPKStatus();
+    const time_t reported = Status().LastUpdate();
+    m_rpk.UpdateRPKStatus(reported + 60);
+    EXPECT_EQ(BytesOf(RPKRecord(5000, {1, 2, 3, 4, 5, 6, 7, 8, 9}, reported)), BytesOf(Status()));
+    m_rpk.UpdateRPKStatus(reported + 61);
+    EXPECT_EQ(BytesOf(RPKRecord(5000, {255, 2, 3, 4, 5, 6, 7, 8, 9}, reported)), BytesOf(Status()));
+}
+
 TEST_F(RPKStatusTest, StationsThatAreNoLongerRegisteredAreForgotten) {
     for (int id : {5000, 5001, 5002, 5003}) { AddStation(id); }
     m_rpk.UpdateRPKStatus();

@@ -1,7 +1,6 @@
 // Task requests and what the station answers.
 #include "app/application.h"
 #include "app/k740.h"
-#include "common/answer_wait.h"
 #include "common/stopwatch.h"
 #include "tests/support/private_network_fixture.h"
 #include "tests/support/sdk_log.h"
@@ -192,13 +191,6 @@ TEST_F(RPKTaskTest, AnswersOlderThan2048AreDropped) {
     TakeAnswer(kStation, 1);
     for (int i = 0; i < 2048; ++i) { TakeAnswer(2, 1); }
     EXPECT_EQ(-2, K740_StopRPKTask(kStation, 3));
-}
-
-TEST(RPKAnswerAgeTest, AnAnswerIsStaleFrom120Seconds) {
-    constexpr time_t kReceived = 1'700'000'000;
-    EXPECT_FALSE(IsStaleAnswer(kReceived, kReceived + 119));
-    EXPECT_TRUE(IsStaleAnswer(kReceived, kReceived + 120));
-    EXPECT_TRUE(IsStaleAnswer(kReceived, kReceived + 121));
 }
 
 TEST_F(RPKTaskTest, RequestsToDifferentStationsWaitSideBySide) {
