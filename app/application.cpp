@@ -14,11 +14,9 @@
 
 namespace {
 
-constexpr useconds_t kBindWaitUs = 50'000;
+constexpr unsigned kBindWaitUs = 50'000;
 constexpr unsigned kLongestBindWaitMs = 1'000;
-constexpr long kBindPollMs = 1;
 constexpr unsigned kOrderlyEndWaitMs = 100;
-constexpr unsigned kOrderlyEndPollMs = 1;
 constexpr unsigned kActiveThreadsWaitMs = 4999;
 constexpr unsigned kActiveThreadsPollMs = 100;
 
@@ -64,8 +62,8 @@ int CK740ControlApp::Initialize() {
     m_log.SetBaseDirectory(MakeLogDirectory());
     m_lifetime.Begin();
     StartManagers();
-    m_initialised = 1;
     AwaitPorts();
+    m_initialised = 1;
     m_log.PushLog("", kLogInfo, std::string("SDK version ") + kSDKVersion);
     m_log.PushLog("", kLogInfo, "-------K740_Initialize()");
     return 0;
@@ -85,11 +83,9 @@ void CK740ControlApp::StartManagers() {
 
 // On a busy machine the receivers may need longer than usual; what devices send until then would be lost.
 void CK740ControlApp::AwaitPorts() {
-    CQBTime waited;
-    waited.TimeStart();
     usleep(kBindWaitUs);
-    const auto isSettled = [this] { return m_communication.ArePortsSettled() && m_talker.IsPortSettled(); };
-    while (!isSettled() && waited.TimeEnd() < kLongestBindWaitMs) { usTimer(kBindPollMs); }
+    AwaitCondition([this] { return m_communication.ArePortsSettled() && m_talker.IsPortSettled(); },
+                   kLongestBindWaitMs - kBindWaitUs / 1000);
 }
 
 bool CK740ControlApp::EnsureInitialized() {
@@ -102,6 +98,7 @@ int CK740ControlApp::Deinitialize() {
     m_lifetime.RequestExit();
     m_communication.WakeThreads();
     m_talker.WakeThreads();
+    m_zcu.WakeThreads();
     m_player.WakeTasks();
     AwaitOrderlyEnd();
     m_lifetime.WakeOneSleeper();
@@ -116,12 +113,10 @@ int CK740ControlApp::Deinitialize() {
 // A host may exit as soon as Deinitialize returns: by then the ports are free and the tasks have been closed on the
 // zone controllers. Bounded, because this may run in a callback on one of the very threads that are awaited.
 void CK740ControlApp::AwaitOrderlyEnd() {
-    CQBTime waited;
-    waited.TimeStart();
-    const auto isBusy = [this] {
-        return m_communication.HoldsPorts() || m_talker.HoldsPort() || m_player.Status().HasThreads();
+    const auto isOver = [this] {
+        return !m_communication.HoldsPorts() && !m_talker.HoldsPort() && !m_player.Status().HasThreads();
     };
-    while (isBusy() && waited.TimeEnd() < kOrderlyEndWaitMs) { usTimer(kOrderlyEndPollMs); }
+    AwaitCondition(isOver, kOrderlyEndWaitMs);
 }
 
 void CK740ControlApp::AwaitActiveThreads() {
@@ -131,16 +126,16 @@ void CK740ControlApp::AwaitActiveThreads() {
     while (m_activeThreads > 0 && waited.TimeEnd() <= kActiveThreadsWaitMs) { never.Wait(kActiveThreadsPollMs); }
 }
 
-bool CK740ControlApp::SendToDevice(int deviceID, const _vxa_cmd_packet_t& packet) {
-    return SendToDevice(deviceID, reinterpret_cast<const unsigned char*>(&packet), sizeof(packet));
+SendResult CK740ControlApp::TrySendToDevice(int deviceID, const _vxa_cmd_packet_t& packet) {
+    return TrySendToDevice(deviceID, reinterpret_cast<const unsigned char*>(&packet), sizeof(packet));
 }
 
-bool CK740ControlApp::SendToDevice(int deviceID, const unsigned char* data, std::size_t length) {
+SendResult CK740ControlApp::TrySendToDevice(int deviceID, const unsigned char* data, std::size_t length) {
     const auto udp = m_devices.GetDeviceUDP(deviceID);
-    if (udp == nullptr) { return false; }
+    if (udp == nullptr || !udp->IsUnicastOpen()) { return SendResult::NoSocket; }
     const CQBSemLocker lock(&m_sendLock);
-    udp->send_udp_data(reinterpret_cast<const char*>(data), static_cast<int>(length));
-    return true;
+    const int sent = udp->send_udp_data(reinterpret_cast<const char*>(data), static_cast<int>(length));
+    return sent > 0 ? SendResult::Sent : SendResult::Refused;
 }
 
 void CK740ControlApp::SendToAddress(const std::string& ip, int port, const _vxa_cmd_packet_t& packet) {

@@ -3,8 +3,10 @@
 
 #include "app/configuration.h"
 #include "app/host_callbacks.h"
+#include "common/format.h"
 #include "common/immortal.h"
 #include "common/lifetime.h"
+#include "common/worker.h"
 #include "devices/device.h"
 #include "intercom/talker.h"
 #include "log/log.h"
@@ -18,7 +20,16 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <string>
+#include <utility>
+
+/// What became of a packet for a device.
+enum class SendResult {
+    Sent,
+    Refused,  // by the system: no route, no memory, a malformed address
+    NoSocket, // the device is not registered, or no socket could be made for it
+};
 
 /// The managers reach each other, the settings and the lifetime through it. Any thread may call anything.
 class CK740ControlApp {
@@ -48,9 +59,27 @@ public:
     /// The threads that Deinitialize waits for, at most 5 s; none of the library's own counts itself here.
     std::atomic<int32_t>& ActiveThreads() { return m_activeThreads; }
 
-    /// Sends a command packet to a registered device, one sender at a time. @return false when it has no socket
-    bool SendToDevice(int deviceID, const _vxa_cmd_packet_t& packet);
-    bool SendToDevice(int deviceID, const unsigned char* data, std::size_t length);
+    /// Starts a thread that serves the library for its life; the log says when it cannot be made.
+    /// @param name  of the thread, at most 15 characters; a literal
+    template <typename Work> bool StartServiceThread(const char* name, Work work) {
+        if (StartThread(name, std::move(work))) { return true; }
+        m_log.PushLog("", kLogError, Format("No thread %s.", name));
+        return false;
+    }
+
+    /// @return a command packet from this host to a device
+    template <typename... Record>
+    _vxa_cmd_packet_t MakeRequest(int deviceID, uint16_t command, const Record&... record) const {
+        return MakePacket(m_configuration.NodeID(), static_cast<uint32_t>(deviceID), command, record...);
+    }
+    /// Sends a command packet to a registered device, one sender at a time.
+    SendResult TrySendToDevice(int deviceID, const _vxa_cmd_packet_t& packet);
+    SendResult TrySendToDevice(int deviceID, const unsigned char* data, std::size_t length);
+    /// The same for those who wait for an answer and take a packet that the system refused for one lost on the way.
+    /// @return false when the device has no socket
+    bool SendToDevice(int deviceID, const _vxa_cmd_packet_t& packet) {
+        return TrySendToDevice(deviceID, packet) != SendResult::NoSocket;
+    }
     /// Sends a command packet to an address, from a socket of its own.
     void SendToAddress(const std::string& ip, int port, const _vxa_cmd_packet_t& packet);
 

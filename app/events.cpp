@@ -35,8 +35,8 @@ void FillVolumes(const uint8_t (&levels)[kLevels], int (&volumes)[kVolumes]) {
 } // namespace
 
 void CK740ControlApp::StartEventThreads() {
-    StartThread("k740-events1", [this] { ThreadTriggerEvents1(); });
-    StartThread("k740-events2", [this] { ThreadTriggerEvents2(); });
+    StartServiceThread("k740-events1", [this] { ThreadTriggerEvents1(); });
+    StartServiceThread("k740-events2", [this] { ThreadTriggerEvents2(); });
 }
 
 void CK740ControlApp::ThreadTriggerEvents1() {
@@ -109,7 +109,10 @@ void CK740ControlApp::PostRPKDeviceStatus(const tagRPK_QUERYSTATUS& record) {
 }
 
 void CK740ControlApp::ThreadTriggerEvents2() {
-    RunWorker(m_lifetime, kVolumePassPauseMs, [this] { PostVolumes(); });
+    RunWorker(m_lifetime, kVolumePassPauseMs, [this] {
+        m_zcu.AwaitVolumes(kIdleWaitMs);
+        PostVolumes();
+    });
 }
 
 void CK740ControlApp::PostVolumes() {

@@ -4,13 +4,15 @@
  *
  * Initialisation: every function but K740_Initialize, K740_SleepStart, K740_SleepEnd and K740_SetTrainStatus
  * initialises the library when that has not happened yet, and returns -1 when it fails. A process initialises once:
- * K740_Deinitialize stops the library's threads for good.
+ * K740_Deinitialize stops the library for good, but for push-to-talk audio that is still being received.
  *
  * Threads: any function may be called from any thread, also from within a callback. Callbacks run on threads of the
- * library, several at once. Those called on a receiving thread hold up its port while they run, so a callback should
- * return soon, must not wait for an answer of a device and must not end its thread. Pointers handed to a callback are
- * valid during the call only. Replacing a callback does not wait for a call in progress. Threads that are busy when
- * K740_Deinitialize is called finish their step, which can take some 10 s, and may still call back.
+ * library, several at once; PTASKSTATUS also on the caller's, inside the functions that start and stop tasks, so hold
+ * no lock of yours across these that the callback takes. Those called on a receiving thread hold up its port while they
+ * run, so a callback should return soon, must not wait for an answer of a device and must not end its thread. Pointers
+ * handed to a callback are valid during the call only. Replacing a callback does not wait for a call in progress.
+ * Threads that are busy when K740_Deinitialize is called finish their step, which can take some 10 s, and may still
+ * call back.
  *
  * Texts are zero-terminated. A null text counts as an empty one unless stated otherwise. All audio is signed 16-bit
  * little-endian mono PCM unless stated otherwise. Results are -1 for a bad argument unless stated otherwise; a refused
@@ -41,9 +43,10 @@ extern "C" {
  */
 
 /**
- * State of a zone controller: after every change, within about half a second, and once every 5 s.
+ * State of a zone controller: after every change, within some half second, and once every 5 s. It is sent a heartbeat
+ * every 10 s, and is off line when it has not reported for more than 60 s. Virtual controllers are not told of.
  *
- * @param deviceID   controller, 1..999
+ * @param deviceID   controller, 1..999, or a device of type 4..8 with such an ID
  * @param status     1, 2, 3 or 4 as the controller reports it, 0 for off line and everything else
  * @param fault      fault byte of the controller
  * @param amplifiers states of its eight amplifiers
@@ -53,7 +56,8 @@ extern "C" {
 typedef int (*PZCUSTATUS)(int deviceID, int status, int fault, int* amplifiers, int extraA, int extraB);
 
 /**
- * State of a paging station, once every 5 s.
+ * State of a paging station, once every 5 s. It is sent a heartbeat every 10 s, and is off line when it has not
+ * reported for more than 60 s.
  *
  * @param deviceID station, 5000..5999
  * @param state    0 off line, 2 as the station reports it, 1 for every other state
@@ -86,9 +90,14 @@ typedef int (*PZCUVOLUME)(int deviceID, int* volumes);
 /**
  * State of a task, at every change.
  *
+ * An ID that is started again while its former run still ends reports both: 1, 2, 1, 0, 2 for instance, where the 0
+ * after the second 1 is the former run's. Within a report of 1 or 2 the task cannot end: K740_StartAudioFileTask is
+ * refused there, and do not wait there for anything else that the end of this task brings.
+ *
  * @param taskID task, 1..50000
- * @param status 0 ended, 1 accepted, 2 broadcasting, -1 no free channel, -2 group not joined, -3 no zone controller
- *               could be triggered
+ * @param status 0 ended; 1 accepted; 2 broadcasting; -1 no free channel or no thread; -2 group not joined; -3 no zone
+ *               controller could be triggered, or the task failed for want of memory. A controller that joins after
+ *               -3 is not told to close, K740_CloseZones does it
  */
 typedef int (*PTASKSTATUS)(int taskID, int status);
 
@@ -112,7 +121,8 @@ typedef int (*PMONITORZONE)(int deviceID, int zone, unsigned char* audio, int le
 typedef int (*PTRAINMESSAGE)(int sourceID, int deviceID, int message);
 
 /**
- * Audio that a virtual zone controller plays, between its messages 1 and 2.
+ * Audio that a virtual zone controller plays. Audio and message 2 come on one thread, message 1 on another: expect
+ * audio while message 1 is still being handled, when the stream runs already even before it.
  *
  * @param sourceID device that asked it to play
  * @param taskID   task of that device
@@ -168,14 +178,16 @@ K740_API int K740_Initialize(void);
 /**
  * Asks all threads to end, frees the ports and writes the log. Broadcasting tasks end with their close requests to the
  * devices. Waits for all that some 50 ms, 300 ms at most; what is not over by then, such as a task that still waits for
- * its zone controllers, ends by itself. Devices and settings stay, but nothing runs any more.
+ * its zone controllers or a port whose receiving thread is in a callback, ends by itself. Devices and settings stay.
+ * Nothing runs any more but the reception of push-to-talk audio, which ends with its group or its station, and nothing
+ * is logged any more.
  *
  * @return 0; -1 when the library had not been initialised and cannot be
  */
 K740_API int K740_Deinitialize(void);
 
 /**
- * Sets the device ID under which the library speaks.
+ * Sets the device ID under which the library speaks, in every packet from now on, also those of running tasks.
  *
  * @param nodeID 9500..9999, 9500 by default
  * @return       0; -1 out of range
@@ -192,7 +204,8 @@ K740_API int K740_SetNodeID(int nodeID);
 K740_API int K740_SetAudioStreamFormat(int format);
 
 /**
- * Sets the first of the 200 consecutive multicast groups that tasks use. It counts until the first task starts.
+ * Sets the first of the 200 consecutive multicast groups that stream tasks use; 199 more must follow it below
+ * 240.0.0.0. It counts until the first stream task takes a group.
  *
  * @param address group, first octet 224..239, "225.0.0.1" by default; blanks around it are dropped
  * @return        0; -1 for null or no group
@@ -253,7 +266,9 @@ K740_API void K740_SleepStart(K740_PACING* pacing);
 K740_API int K740_SleepEnd(unsigned periodMs, K740_PACING* pacing);
 
 /**
- * Switches the log of callback invocations: one file per callback type in "k740log".
+ * Switches the log of callback invocations: one file per callback type, such as "k740log/PTASKSTATUS.log". Each
+ * callback that returns while the switch is on becomes one line: time, tab, name and arguments, cut at 2047 characters.
+ * Lines are written every 200 ms; a file that has grown above 52428800 bytes is deleted with what was just written.
  *
  * @param enable 1 on, 0 off (default)
  * @return       0; -1 for any other value
@@ -310,14 +325,17 @@ K740_API int K740_SetIntercomCallback(PINTERCOMMESSAGE intercomMessage, PINTERCO
 
 /**
  * Registers a device and greets it: a zone controller or paging station is sent a heartbeat at once and counts as off
- * line until it reports. At most 500 devices.
+ * line until it reports. So does a device of type 4..8 with an ID of 1..999, of which PZCUSTATUS and PZONESTATUS then
+ * tell as of a controller; of virtual zone controllers they do not tell. At most 500 devices.
  *
  * @param deviceID   types 0, 1 and 9: 1..999; types 2 and 10: 5000..5999; type 3: 7000..7999; others: any
  * @param deviceType 0 and 1 zone controller (version 2, version 3), 2 paging station, 3 network AUX interface, 9
  *                   virtual zone controller and 10 virtual paging station (both played by the library itself), 4..8
  *                   others
- * @param address    IPv4 address, unique among the devices; types 9 and 10 need none, but one that is given must be
- *                   unique too
+ * @param address    IPv4 address, unique among the devices, compared as text, cut to 49 characters. A text shorter
+ *                   than 6 characters or with a first octet of 0, 127, 224..239 or above 255 is refused; what is
+ *                   malformed otherwise is accepted, and its device never reached. Types 9 and 10 need none, but one
+ *                   that is given must be unique too
  * @return           0; -1 for a bad argument, an ID or address in use or a full table; the log says which
  */
 K740_API int K740_AddDevice(int deviceID, int deviceType, const char* address);
@@ -328,8 +346,9 @@ K740_API int K740_AddDevice(int deviceID, int deviceType, const char* address);
  *
  * @param deviceID any registered device
  * @param text     receives at most size characters, zero-terminated only if there is room: "APP:a, MCU:m, Kernel:k"
- *                 for zone controllers and AUX interfaces, "APP:a, Kernel:k" for paging stations, "APP:1.0.4" for what
- *                 the library plays itself; empty for other types. Cleared first, also on failure. May be null
+ *                 for zone controllers and AUX interfaces, "APP:a, Kernel:k" for paging stations, "APP:1.0.4" for
+ *                 virtual zone controllers (virtual paging stations do not answer); empty for other types. Cleared
+ *                 first, also on failure. May be null
  * @param size     bytes of text
  * @return         length of the whole version in bytes, whether it fitted or not; -1 unknown device; -2 no answer;
  *                 -3 the device was removed meanwhile
@@ -337,7 +356,10 @@ K740_API int K740_AddDevice(int deviceID, int deviceType, const char* address);
 K740_API int K740_GetDeviceVersion(int deviceID, char* text, int size);
 
 /**
- * Forgets a device. A virtual zone controller stops playing, and push-to-talk audio of a paging station ends.
+ * Forgets a device. A virtual zone controller stops playing, and push-to-talk audio of a paging station ends. A call of
+ * an intercom ends without a message, and without a word to the paging station: K740_HangUp tells it before.
+ * Push-to-talk audio may follow for about 0.2 s. Zones of a controller that are monitored stay so, and K740_MonitorZone
+ * can no longer end that: end it first.
  *
  * @param deviceID any registered device
  * @return         0; -1 when it is not registered
@@ -361,7 +383,9 @@ K740_API int K740_GetDeviceList(char* buffer, int size);
  * for up to 3 s, and always that long when called in PRPKPTTAUDIO of the same station.
  *
  * @param deviceID paging station
- * @param address  group; empty or null switches off
+ * @param address  group, blanks around it are dropped; empty or null switches off. Only its length (9 characters at
+ *                 least) and its first octet (224..239) are looked at. One that cannot be joined is logged and tried
+ *                 again
  * @return         0; -1 not a registered paging station; -2 no multicast address; -3 the reception of the former group
  *                 did not end in time, no group is set then
  */
@@ -398,29 +422,32 @@ K740_API int K740_GetVolume(int deviceID);
  * Silences zones, whatever they play. Returns without waiting.
  *
  * @param zones see @ref zones
- * @return      0; -1 for null or bad zones
+ * @return      0, also when a request could not be sent; -1 for null or bad zones
  */
 K740_API int K740_CloseZones(const char* zones);
 
 /**
  * Starts or ends listening to what a zone plays, at most five zones at a time. Returns without waiting. PMONITORZONE
  * hands on the audio as soon as the controller has told the zone's multicast group, which it is asked at once and every
- * 3 s. After the end some audio may follow for about a quarter of a second.
+ * 3 s. After the end some audio may follow for about a quarter of a second. A monitored zone outlives the removal of
+ * its controller and keeps its place among the five, and an end is refused then: end it first.
  *
  * @param deviceID registered zone controller, virtual ones too
  * @param zone     1..8
  * @param start    1 start, 0 end
- * @return         0; 1 the zone is monitored already; -1 bad argument or no such controller; -2 five zones are
- *                 monitored
+ * @return         0; 1 the zone is monitored already; -1 bad argument, no such controller or no thread for it; -2 five
+ *                 zones are monitored
  */
 K740_API int K740_MonitorZone(int deviceID, int zone, int start);
 
 /**
  * Tells the state of the train, which becomes the status of a virtual zone controller that those see who send it
- * heartbeats. Without a new call for 60 s the controller counts as off line. Does not initialise the library.
+ * heartbeats. Without a new call for 60 s the controller counts as off line, and nothing is reported. Does not
+ * initialise the library.
  *
  * @param deviceID registered virtual zone controller
- * @param status   1, 2 or 3; others count as unknown
+ * @param status   1, 2 or 3: the controller reports device state 4, and zone 1 in state 4 (idle), 5 (playing) or 8;
+ *                 while it plays a task always 5. Any other value: it is off line, and nothing is reported
  * @return         0; -1 no virtual zone controller
  */
 K740_API int K740_SetTrainStatus(int deviceID, int status);
@@ -431,7 +458,8 @@ K740_API int K740_SetTrainStatus(int deviceID, int status);
  * @defgroup zones Naming zones
  * Zones are named by a text of items separated by ";", each of six hexadecimal characters: four for the ID of the zone
  * controller and two for its zones (bit 0 = zone 1), such as "0021FF;002203". "FFFFFF" names every zone of every
- * registered controller. One item at least must name a registered controller.
+ * registered controller. One item at least must name a registered controller, none may have the zones 00, and the text
+ * has at most 102,400 characters, blanks around it not counted.
  */
 
 /**
@@ -462,7 +490,8 @@ K740_API int K740_StartAudioStreamTask(int taskID, int volume, int priority, int
  * @param taskID           1..50000
  * @param priority         56..255, 255 being the highest
  * @param deviceID         7000..7999 with AUX port 0..4, or 1..999 with AUX port 0..2
- * @param multicastIP      group to which the device sends
+ * @param multicastIP      group to which the device sends, on port 28100; only an empty text is refused, what is no
+ *                         address sends the zone controllers to group 0.0.0.0. The device need not be registered
  * @param auxPort          see deviceID
  * @param recovery         0 or 1, as for K740_StartAudioStreamTask
  * @param zones            see @ref zones
@@ -486,18 +515,20 @@ K740_API int K740_StartNetAUXTask(int taskID, int priority, int deviceID, const 
  *                         100 bytes, which are skipped whatever they are. The audio stream format must be 0. A file
  *                         that cannot be opened is logged and left out
  * @param repeat           passes over all files, 1..65535; 0 plays without end: a stopped task then ends the file, but
- *                         the call goes on, each file for some 200 ms, until K740_Deinitialize
+ *                         the call goes on, each file for some 200 ms, until the process ends
  * @return                 0 played, or stopped meanwhile; -1 bad argument; -2 the task is accepted or broadcasting
- *                         already; -3 200 tasks are; -4 the task failed before it was broadcasting, which takes up to
- *                         some 4 s
+ *                         already; -3 200 tasks are; -4 the task failed or was stopped before it was broadcasting,
+ *                         which takes up to some 4 s, or the library shuts down; also, with nothing started,
+ *                         within PTASKSTATUS with state 1 or 2 of the same task, stopped meanwhile
  */
 K740_API int K740_StartAudioFileTask(int taskID, int volume, int priority, int recovery, const char* zones,
                                      int dryContactOutput, const char* files, int repeat);
 
 /**
  * Stops a task. A broadcasting task ends within some 150 ms and then reports state 0, once. An accepted one first waits
- * for the answers of its zone controllers, for up to some 4 s, and then reports 0 or the state that it failed with. For
- * any other task PTASKSTATUS is called with state 0 during this call.
+ * for the answers of its zone controllers, for up to some 4 s, and then reports 0 or the state that it failed with; no
+ * controller is told to close then, not even one that has joined: K740_CloseZones does it. For any other task
+ * PTASKSTATUS is called with state 0 during this call.
  *
  * @param taskID task, 1..50000
  * @return       0; -1 when the ID is outside 1..50000
@@ -505,7 +536,8 @@ K740_API int K740_StartAudioFileTask(int taskID, int volume, int priority, int r
 K740_API int K740_StopTask(int taskID);
 
 /**
- * Reads the state of a task.
+ * Reads the state of a task. It is 0 as soon as K740_StopTask returns, while the task may still be closing its zone
+ * controllers: only PTASKSTATUS tells the end.
  *
  * @param taskID task, 1..50000
  * @return       state of the task (see PTASKSTATUS), 0 when unknown; -1 also when the ID is outside 1..50000
@@ -522,7 +554,8 @@ K740_API int K740_GetTaskStatus(int taskID);
 K740_API int K740_GetRunningTasks(int* ids, int maxCount);
 
 /**
- * Makes more zone controllers join a broadcasting task. Returns without waiting for them.
+ * Makes more zone controllers join a broadcasting task. Returns without waiting for them. They are told nothing when
+ * the task ends, only their stream is over: close their zones with K740_CloseZones.
  *
  * @param taskID task, 1..50000
  * @param zones  see @ref zones
@@ -532,6 +565,7 @@ K740_API int K740_AddZones(int taskID, const char* zones);
 
 /**
  * Gives audio to a broadcasting task. It is sent as soon as 2048 samples of 44.1 kHz are there; the host sets the pace.
+ * Fewer are never sent: fill up the end of an announcement with zeros.
  * Never blocks for the network. A chunk is taken whole or not at all.
  *
  * @param taskID task
@@ -546,6 +580,12 @@ K740_API int K740_SendAudioStreamProc(int taskID, unsigned char* data, int lengt
 
 /**
  * @defgroup paging_stations Paging stations
+ * The calls below wait for the station's answer, so make none of them in a callback that runs on a receiving thread.
+ *
+ * An answer names neither its call nor what it is about, so that one that comes too late for its call is taken for that
+ * of a later one, a start or a stop, whose result it then is: for a task when it is less than 120 s old, for monitoring
+ * however old it is. The newest counts; older ones stay for the calls that follow. Two calls at a time for one station
+ * may take each other's answers. After -2, do not trust the station's next result.
  * @{
  */
 
@@ -555,7 +595,8 @@ K740_API int K740_SendAudioStreamProc(int taskID, unsigned char* data, int lengt
  * @param deviceID paging station, 5000..5999
  * @param taskID   3 or 7
  * @param priority 56..255
- * @param zones    see @ref zones; at most 97 items
+ * @param zones    see @ref zones; at most 97 items, fewer when IDs are above 0xFFF: each item takes five characters of
+ *                 488, six with such an ID
  * @return         0 done; -1 bad argument or unknown station; -2 no answer; -3 the station refused
  */
 K740_API int K740_StartRPKTask(int deviceID, int taskID, int priority, const char* zones);
@@ -571,8 +612,6 @@ K740_API int K740_StopRPKTask(int deviceID, int taskID);
 
 /**
  * Tells a paging station to listen to a zone. Blocks until it answers, for up to some 4 s.
- *
- * An answer that comes too late for its call is taken for that of the station's next one.
  *
  * @param deviceID registered paging station
  * @param zcuID    registered zone controller, virtual ones too
@@ -610,17 +649,19 @@ K740_API int K740_StopRPKMonitor(int deviceID);
 K740_API int K740_Invite(int intercomID, int stationID);
 
 /**
- * Accepts the call of a paging station, after message 1. Audio flows from then on.
+ * Accepts the call of a paging station, after message 1; also ends the ringing of the intercom's own invitation, as if
+ * the station had accepted. Audio of the station is heard from then on; audio to it is sent some 3 s later.
  *
  * @param intercomID virtual paging station
- * @param stationID  paging station
+ * @param stationID  paging station that is told, and the intercom talks to, whoever rang
  * @return           0; -1 no PINTERCOMMESSAGE; -2 no registered intercom or no registered paging station; -3 the
  *                   intercom is not ringing
  */
 K740_API int K740_Accept(int intercomID, int stationID);
 
 /**
- * Ends a call, or refuses it. Takes some 20 ms. Audio that waits to be sent is dropped.
+ * Ends a call, or refuses it. Takes some 20 ms. The station of the current or last call is told, twice, also when the
+ * intercom is idle. Audio that waits to be sent is dropped.
  *
  * @param intercomID virtual paging station
  * @return           0, whether there was a call or not; -1 no PINTERCOMMESSAGE; -2 no registered intercom
@@ -639,14 +680,14 @@ K740_API int K740_GetIntercomStatus(int intercomID, int* status, int* stationID)
 
 /**
  * Queues audio for the paging station that an intercom talks to. Sent in blocks of 4096 bytes, 46.4 ms each, from some
- * 3 s after the call was accepted on; what was queued until then is dropped. Any size; several threads may feed one
- * intercom, each block stays whole.
+ * 3 s after the call was accepted on; what was queued until then is dropped. Several threads may feed one intercom,
+ * each block stays whole.
  *
  * @param intercomID virtual paging station
  * @param data       44.1 kHz; copied
- * @param length     bytes, at least 1
- * @return           0; -1 bad argument or no PINTERCOMMESSAGE; -2 the intercom is not talking; -3 no room (1 MiB
- *                   waits, some 12 s), the block is dropped whole
+ * @param length     bytes, 1..1048575
+ * @return           0; -1 bad argument or no PINTERCOMMESSAGE; -2 the intercom is not talking; -3 no room beside what
+ *                   waits (1 MiB in all, some 12 s), the block is dropped whole
  */
 K740_API int K740_SendIntercomAudio(int intercomID, unsigned char* data, int length);
 

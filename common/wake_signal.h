@@ -5,6 +5,9 @@
 
 #include <atomic>
 
+/// How long a thread sleeps at a time, in milliseconds, for which every reason to look up raises its signal.
+inline constexpr unsigned kIdleWaitMs = 10'000;
+
 /// One thread waits, any thread raises. Raising what is raised already costs one atomic step and no system call.
 class CWakeSignal {
 public:

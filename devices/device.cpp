@@ -86,18 +86,22 @@ void CDevice::Announce(int id, int type) {
 }
 
 int CDevice::RemoveDevice(int id) {
-    const int type = GetDeviceType(id);
-    {
-        const CQBSemLocker lock(&m_lock);
-        if (std::erase_if(m_devices, [id](const tagDEVICE_INFO& device) { return device.deviceID == id; }) == 0) {
-            return -1;
-        }
-    }
-    if (IsZoneControllerType(type)) { m_app.ZCU().RemoveStatus(id); }
-    if (type == kDeviceVirtualZoneController) { m_app.ZCU().RemoveTaskZones(0, -1, id, RemoveZones::OfEveryTask); }
+    const std::optional<int> type = Erase(id);
+    if (!type) { return -1; }
+    if (IsZoneControllerType(*type)) { m_app.ZCU().RemoveController(id); }
     if (type == kDevicePagingStation) { m_app.RPK().RemoveMonitorZone(id); }
+    if (type == kDeviceVirtualPagingStation) { m_app.Talker().AbandonCall(id); }
     m_app.Log().PushLog("", kLogInfo, Format("K740_RemoveDevice(%d)", id));
     return 0;
+}
+
+std::optional<int> CDevice::Erase(int id) {
+    const CQBSemLocker lock(&m_lock);
+    const auto found = FindIn(m_devices, id);
+    if (found == m_devices.end()) { return std::nullopt; }
+    const int type = found->deviceType;
+    m_devices.erase(found);
+    return type;
 }
 
 std::string CDevice::GetDeviceList() {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,7 @@ class CQBTime;
 class CQBUDP;
 
 inline constexpr std::size_t kMaxDevices = 500;
-inline constexpr std::size_t kMaxAddressText = 49;   // characters kept of an address
-inline constexpr std::size_t kMaxZoneText = 102'400; // characters of a zone string
+inline constexpr std::size_t kMaxAddressText = 49; // characters kept of an address
 
 /// One registered device. Copies share the socket, which is closed when the last of them is gone.
 struct tagDEVICE_INFO {
@@ -76,15 +76,21 @@ private:
     /// @return why the device cannot be added, empty when it can
     std::string FindObstacle(int id, const std::string& ip) const K740_REQUIRES(m_lock);
     void Announce(int id, int type);
-    bool HasZones(const std::vector<std::string>& pieces) const;
+    /// @return the type that the device had, nothing when the ID is not registered
+    std::optional<int> Erase(int id);
+    /// @return whether every item is well-formed and one names a registered zone controller
+    bool AreZoneItemsValid(const std::vector<std::string>& items) const;
     /// Waits until a condition holds, as long as the change of a push-to-talk group may take in all.
     template <typename Condition> bool WaitForPTT(const CQBTime& waited, Condition condition);
     bool Reject(const std::string& reason);
+    template <typename Devices> static auto FindIn(Devices& devices, int id) {
+        return std::find_if(devices.begin(), devices.end(),
+                            [id](const tagDEVICE_INFO& device) { return device.deviceID == id; });
+    }
     /// @return read(device), or an empty result when the ID is not registered
     template <typename Read> auto Look(int id, Read read) const -> decltype(read(tagDEVICE_INFO{})) {
         const CQBSemLocker lock(&m_lock);
-        const auto found = std::find_if(m_devices.begin(), m_devices.end(),
-                                        [id](const tagDEVICE_INFO& device) { return device.deviceID == id; });
+        const auto found = FindIn(m_devices, id);
         if (found == m_devices.end()) { return {}; }
         return read(*found);
     }

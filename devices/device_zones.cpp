@@ -1,33 +1,7 @@
-// The registry's view of zone strings and of push-to-talk groups.
-#include "app/application.h"
-#include "common/ip_address.h"
+// The registry's view of zone strings.
 #include "common/qbstring.h"
-#include "common/stopwatch.h"
 #include "devices/device.h"
 #include "devices/zone_string.h"
-
-#include <algorithm>
-
-namespace {
-constexpr unsigned kPTTMonitorPollMs = 20;
-constexpr unsigned kPTTMonitorTimeoutMs = 2999;
-
-/// Takes a station out of the list of those whose group is being changed.
-class CPTTSetterEnd {
-public:
-    CPTTSetterEnd(CDevice::PTTSetters& setters, int id) : m_setters(setters), m_id(id) {}
-    ~CPTTSetterEnd() {
-        m_setters.EraseIf([this](int known) { return known == m_id; });
-    }
-    CPTTSetterEnd(const CPTTSetterEnd&) = delete;
-    CPTTSetterEnd& operator=(const CPTTSetterEnd&) = delete;
-
-private:
-    CDevice::PTTSetters& m_setters;
-    const int m_id;
-};
-
-} // namespace
 
 std::string CDevice::GetAllZones() const {
     std::string zones;
@@ -42,57 +16,17 @@ int CDevice::IsZoneStringValid(std::string& zones) const {
     zones = qbstring::trimString(zones);
     if (zones == kEveryZone || zones == std::string(kEveryZone) + kZoneSeparator) { zones = GetAllZones(); }
     if (zones.empty() || zones.size() > kMaxZoneText) { return 0; }
-    return HasZones(SplitZoneString(zones)) ? 1 : 0;
+    return AreZoneItemsValid(SplitZoneString(zones)) ? 1 : 0;
 }
 
 // Items that name unknown controllers are allowed beside one that names a known controller.
-bool CDevice::HasZones(const std::vector<std::string>& pieces) const {
+bool CDevice::AreZoneItemsValid(const std::vector<std::string>& items) const {
     bool controllerFound = false;
-    for (const std::string& piece : pieces) {
-        if (piece.size() != kZoneItemLength) { return false; }
-        const ZoneItem item = ParseZoneItem(piece);
+    for (const std::string& text : items) {
+        if (text.size() != kZoneItemLength) { return false; }
+        const ZoneItem item = ParseZoneItem(text);
         if (item.mask == 0) { return false; }
         controllerFound = controllerFound || IsZoneControllerType(GetDeviceType(item.deviceID));
     }
     return controllerFound;
-}
-
-void CDevice::UpdateRPKMulticastIP(int id, const std::string& address) {
-    const CQBSemLocker lock(&m_lock);
-    const auto found = std::find_if(m_devices.begin(), m_devices.end(),
-                                    [id](const tagDEVICE_INFO& device) { return device.deviceID == id; });
-    if (found != m_devices.end()) { found->pttMulticastIP = address.substr(0, kMaxAddressText); }
-}
-
-int CDevice::SetRPKPTTMulticastIP(int id, const std::string& ip) {
-    if (GetDeviceType(id) != kDevicePagingStation) { return -1; }
-    const std::string address = qbstring::trimString(ip);
-    if (!address.empty() && IsMulticastIPValid(address) != 0) { return -2; }
-    CQBTime waited;
-    waited.TimeStart();
-    // Callers that change the same station's group take turns; those of other stations do not wait for each other.
-    const auto claim = [&] {
-        return m_pttSetters.UpdateOrAppend([id](int known) { return known == id; }, [](int&) {}, id);
-    };
-    if (!WaitForPTT(waited, claim)) { return -3; }
-    const CPTTSetterEnd end(m_pttSetters, id);
-    UpdateRPKMulticastIP(id, "");
-    if (!WaitForPTT(waited, [&] { return m_app.RPK().GetMonitorPTTFlag(id) == 0; })) { return -3; }
-    UpdateRPKMulticastIP(id, address);
-    if (!address.empty()) { m_app.RPK().StartMonitorPTT(id); }
-    return 0;
-}
-
-template <typename Condition> bool CDevice::WaitForPTT(const CQBTime& waited, Condition condition) {
-    while (!condition()) {
-        m_app.Lifetime().Pause(kPTTMonitorPollMs);
-        if (waited.TimeEnd() > kPTTMonitorTimeoutMs) { return false; }
-    }
-    return true;
-}
-
-std::string CDevice::GetRPKPTTMulticastIP(int id) const {
-    return Look(id, [](const tagDEVICE_INFO& device) {
-        return device.deviceType == kDevicePagingStation ? device.pttMulticastIP : std::string();
-    });
 }

@@ -18,14 +18,14 @@ inline constexpr int kOffLineSeconds = 60;
 inline constexpr uint8_t kStatusOffLine = 255;
 
 inline bool IsOverdue(time_t lastUpdate, time_t now) {
-    return static_cast<int>(difftime(now, lastUpdate)) > kOffLineSeconds;
+    return difftime(now, lastUpdate) >= kOffLineSeconds + 1; // whole seconds count
 }
 
 /// At most kTableBound status records, one for each device, and a queue of at most kQueueBound reports that wait to be
 /// merged. Receivers only queue; one thread merges. Where a bound is met the oldest goes.
 ///
 /// Record has: int DeviceID(), bool IsOffLine(), void SetOffLine(), time_t LastUpdate(), void Update(const Record&).
-/// Any thread may call anything; copies are handed out. isRegistered is called with the table's lock held.
+/// Any thread may call anything; copies are handed out. isRegistered and change are called with the table's lock held.
 template <typename Record, std::size_t kQueueBound, std::size_t kTableBound> class CStatusTable {
 public:
     /// Queues a report.
@@ -33,20 +33,25 @@ public:
 
     /// Merges the queued reports of registered devices, in order of arrival.
     template <typename IsRegistered> void Merge(IsRegistered isRegistered) {
-        const std::deque<Record> reports = m_pending.TakeAll();
-        if (reports.empty()) { return; }
-        const CQBSemLocker lock(&m_lock);
-        for (const Record& report : reports) {
+        const CQBSemLocker lock(&m_lock); // before the queue is emptied, so that what is put in meanwhile comes later
+        for (const Record& report : m_pending.TakeAll()) {
             if (isRegistered(report.DeviceID())) { PutLocked(report); }
         }
     }
 
-    /// Puts a record in directly, whether its device is registered or not. Reports of the device that still wait are
-    /// older and go.
+    /// Puts a record in directly, whether its device is registered or not. The device's reports that still wait go:
+    /// the off-line mark of its registration, merged later, would undo what was put in.
     void Put(const Record& record) {
-        m_pending.EraseIf(IsOf(record.DeviceID()));
         const CQBSemLocker lock(&m_lock);
+        m_pending.EraseIf(IsOf(record.DeviceID()));
         PutLocked(record);
+    }
+
+    /// Calls change(record) with the device's record, if there is one. Reports that wait replace it later.
+    template <typename Function> void Change(int id, Function change) {
+        const CQBSemLocker lock(&m_lock);
+        const auto found = std::find_if(m_records.begin(), m_records.end(), IsOf(id));
+        if (found != m_records.end()) { change(*found); }
     }
 
     /// Marks the devices that are overdue as off line; the time of their last report stays.
@@ -77,8 +82,8 @@ public:
 
     /// Forgets a device, its queued reports too.
     void Remove(int id) {
-        m_pending.EraseIf(IsOf(id));
         const CQBSemLocker lock(&m_lock);
+        m_pending.EraseIf(IsOf(id));
         std::erase_if(m_records, IsOf(id));
     }
 

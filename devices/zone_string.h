@@ -1,6 +1,7 @@
 // Zone strings: items of four hexadecimal digits of a zone controller's ID and two of a zone mask, separated by ";".
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -8,6 +9,8 @@
 inline constexpr const char* kZoneSeparator = ";";
 inline constexpr const char* kEveryZone = "FFFFFF";
 inline constexpr std::size_t kZoneItemLength = 6;
+inline constexpr std::size_t kMaxZoneText = 102'400; // characters of a zone string
+inline constexpr uint32_t kEveryZoneMask = 255;      // the largest zone mask
 
 /// The two numbers of an item as they are written, unchecked: signs and "0x" are read too, so both may be anything.
 struct ZoneItem {

@@ -23,7 +23,8 @@ enum { kStatusPeriodSeconds = 5 }; /* after 60 s without a status the train coun
 static pthread_mutex_t g_lock = PTHREAD_MUTEX_INITIALIZER;
 static FILE* g_file = NULL; /* null when nothing is to be written any more */
 
-/* Both callbacks run on threads of the library, those of two play requests at the same time. */
+/* Both callbacks run on threads of the library, several at the same time: audio may come before message 1 is handled.
+ */
 static int OnTrainMessage(int sourceID, int deviceID, int message) {
     printf("train %d: %s %d\n", deviceID, message == kPlayingBegins ? "plays for" : "has played for", sourceID);
     return 0;

@@ -14,6 +14,13 @@ inline constexpr uint8_t kAnswerRinging = 0;
 inline constexpr uint8_t kAnswerAccepted = 1;
 inline constexpr uint8_t kAnswerHungUp = 2; // also busy
 
+/// Results of what may be refused to a call; 0 is done.
+inline constexpr int kNoCallback = -1; // of the host
+inline constexpr int kWrongDevice = -2;
+inline constexpr int kWrongState = -3;
+
+inline constexpr std::size_t kMaxCalls = 1'024;
+
 /// Distinguishes a call of an intercom from its later ones.
 using CallInstance = uint32_t;
 

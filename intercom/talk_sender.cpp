@@ -19,8 +19,6 @@ constexpr unsigned kStartPauseMs = 2'500; // until the station is ready
 constexpr int kPrimingDatagrams = 12;
 constexpr useconds_t kDatagramUs = 46'400;
 constexpr unsigned kStatusCheckMs = 199; // the status is read once more than this has passed
-constexpr unsigned kIdleWaitMs = 200;    // a push and the shutdown end the wait at once
-constexpr int kNoCallbackSet = -1;
 constexpr int kNotTalking = -2;
 
 void Send(CQBUDP& udp, const _vxa_data_packet_t_mcast& packet) {
@@ -31,12 +29,12 @@ void Send(CQBUDP& udp, const _vxa_data_packet_t_mcast& packet) {
 
 int CTALKER::PushTalkAudio(int intercomID, const unsigned char* data, std::size_t length) {
     const int result = m_streams.Push(intercomID, data, length, [&] {
-        if (!HasCallback()) { return kNoCallbackSet; }
+        if (!HasCallback()) { return kNoCallback; }
         tagTALK_STATUS record;
         GetTalkerStatus(intercomID, record);
         return record.status == kTalkTalking ? 0 : kNotTalking;
     });
-    if (result == 0) { m_senders.RaiseAll(); }
+    if (result == 0) { m_senders.Raise(intercomID); }
     return result;
 }
 
@@ -63,7 +61,7 @@ bool CTALKER::IsCurrent(const Call& call) const {
 bool CTALKER::IsOver(const Call& call) const {
     tagTALK_STATUS record;
     GetTalkerStatus(call.intercomID, record);
-    return record.status == kNoCall || record.status == kTalkIdle || !IsIntercom(call.intercomID);
+    return record.status == kNoCall || record.status == kTalkIdle;
 }
 
 void CTALKER::ThreadSendAudioToRPK(const Call& call) {
@@ -76,7 +74,9 @@ void CTALKER::SendUntilOver(const Call& call) {
     const std::string station = m_app.Devices().GetDeviceIP(call.stationID);
     m_app.Lifetime().Pause(kStartPauseMs);
     CQBUDP udp;
-    udp.set_udp_host(station.c_str(), kIntercomPort);
+    if (udp.set_udp_host(station.c_str(), kIntercomPort) < 0) {
+        m_app.Log().PushLog("", kLogError, Format("No socket for the audio of intercom %d.", call.intercomID));
+    }
 
     _vxa_data_packet_t_mcast packet{};
     SetMCastPackageHeader(packet, 0, call.intercomID, call.stationID);
@@ -89,9 +89,9 @@ void CTALKER::SendUntilOver(const Call& call) {
 }
 
 void CTALKER::SendAudio(const Call& call, CQBUDP& udp, _vxa_data_packet_t_mcast& packet) {
-    CWakeList::Entry pushed(m_senders);
+    CWakeList::Entry woken(m_senders, call.intercomID);
     adpcm_state state{};
-    alignas(4) std::array<short, kFrameSamples> frame{};
+    std::array<short, kFrameSamples> frame{};
     int drift = 0;
     int counter = 0;
     CQBTime sincePeriod;
@@ -103,7 +103,8 @@ void CTALKER::SendAudio(const Call& call, CQBUDP& udp, _vxa_data_packet_t_mcast&
             if (IsOver(call)) { return; }
         }
         if (GetTalkerAudio(call.intercomID, reinterpret_cast<unsigned char*>(frame.data()), kFrameBytes) != 0) {
-            pushed.Wait(kIdleWaitMs);
+            if (IsOver(call)) { return; }
+            woken.Wait(kIdleWaitMs);
             continue;
         }
         sincePeriod.TimeStart();

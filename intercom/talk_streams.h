@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/sem.h"
-#include "player/stream_slot.h"
+#include "common/stream_slot.h"
 
 #include <cstddef>
 #include <deque>
@@ -16,7 +16,8 @@ inline constexpr std::size_t kTalkStreamBytes = 1'048'576;
 class CTalkStreams {
 public:
     /// Appends a block to the intercom's buffer, whole or not at all.
-    /// @param isAllowed  asked first, with the lock held, so that what it says still holds when the block is in
+    /// @param isAllowed  asked first, with the lock held: whoever ends the call and then removes the buffer, removes a
+    ///                   block that was still allowed, too
     /// @return           what isAllowed returns unless 0; -3 when the block does not fit; 0
     template <typename IsAllowed>
     int Push(int intercomID, const unsigned char* data, std::size_t length, IsAllowed isAllowed) {

@@ -26,11 +26,11 @@ CTALKER::CTALKER(CK740ControlApp& app)
 }
 
 void CTALKER::Initialization() {
-    StartThread("k740-talker", [this] {
+    m_app.StartServiceThread("k740-talker", [this] {
         RunWorker(m_app.Lifetime(), kMaintainPauseMs, [this] { MaintainTalkStatus(time(nullptr)); });
     });
     m_receiver.Start();
-    StartThread("k740-talk-audio", [this] { ThreadNotifyInercomAudio(); });
+    m_app.StartServiceThread("k740-talk-audio", [this] { ThreadNotifyInercomAudio(); });
 }
 
 void CTALKER::WakeThreads() {

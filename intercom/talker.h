@@ -2,10 +2,10 @@
 #pragma once
 
 #include "common/bounded_table.h"
+#include "common/wake_list.h"
 #include "common/wake_signal.h"
 #include "intercom/talk_records.h"
 #include "intercom/talk_streams.h"
-#include "player/wake_list.h"
 #include "protocol/cmd_packet.h"
 #include "protocol/port_receiver.h"
 
@@ -61,6 +61,8 @@ public:
     void TalkerResponseRPK(int intercomID, int stationID, uint8_t code);
     /// Hangs up what has been ringing for 60 s.
     void MaintainTalkStatus(time_t now);
+    /// Ends the call of an intercom that has been removed from the registry. Neither station nor host are told.
+    void AbandonCall(int intercomID);
 
     // Audio.
 
@@ -82,6 +84,8 @@ private:
     void LogTalk(uint8_t level, const char* event, int stationID, int intercomID, const char* rest);
     /// Checks what every packet of a call needs, and logs what is missing.
     bool CheckPacket(const char* event, int stationID, int intercomID);
+    /// SetTalkerStatus whatever the device is; wakes the sender of the call.
+    int NoteStatus(int intercomID, int stationID, int status);
     int StatusOf(int intercomID) const K740_REQUIRES(m_callLock);
     /// @return whether the invite finds the intercom idle, which is ringing from then on
     bool BeginRinging(int intercomID, int stationID);
@@ -107,11 +111,11 @@ private:
     void NotifyAudio(CAudioDecoder& decoder, const tagINTERCOM_RPK_AUDIO& datagram);
 
     CK740ControlApp& m_app;
-    CBoundedTable<tagTALK_STATUS, 1024> m_calls;
+    CBoundedTable<tagTALK_STATUS, kMaxCalls> m_calls;
     CTalkStreams m_streams;
     CQBSem m_callLock;      // reading a status, deciding and writing it are one step; taken before the table's lock
     CStreamSlot m_received; // whole tagINTERCOM_RPK_AUDIO, at most kMaxReceivedAudio
     CWakeSignal m_audioReceived;
-    CWakeList m_senders;
+    CWakeList m_senders; // by intercom
     CPortReceiver m_receiver;
 };

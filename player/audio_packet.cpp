@@ -1,5 +1,7 @@
 #include "player/audio_packet.h"
 
+#include "protocol/cmd_packet.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -7,13 +9,9 @@
 
 namespace {
 
-constexpr uint16_t kAudioMagic = 0x4A79;
-constexpr uint16_t kNominalLength = 1032;
-constexpr uint16_t kNominalLengthShort = 520;
 constexpr uint16_t kTypeTwoChannel = 341;
 constexpr uint16_t kTypeMono = 343;
 constexpr uint16_t kTypeMonoShort = 345;
-constexpr uint16_t kTypeEndOfStream = 0x8112;
 
 enum class Coding { TwoChannel, Mono, Pcm };
 
@@ -24,10 +22,18 @@ struct AudioType {
 };
 
 constexpr AudioType kAudioTypes[] = {
-    {341, Coding::TwoChannel, 1024}, {342, Coding::TwoChannel, 1024}, {343, Coding::Mono, 1024},
-    {344, Coding::Mono, 1024},       {345, Coding::Mono, 441},        {352, Coding::Mono, 441}, // not 346
-    {353, Coding::Pcm, 3528},        {354, Coding::Pcm, 4096},        {356, Coding::Pcm, 4096},
-    {355, Coding::Pcm, 1764},        {357, Coding::Pcm, 1764},        {359, Coding::Mono, 882},
+    {kTypeTwoChannel, Coding::TwoChannel, 1024},
+    {342, Coding::TwoChannel, 1024},
+    {kTypeMono, Coding::Mono, 1024},
+    {344, Coding::Mono, 1024},
+    {kTypeMonoShort, Coding::Mono, 441},
+    {352, Coding::Mono, 441}, // not 346
+    {353, Coding::Pcm, 3528},
+    {354, Coding::Pcm, 4096},
+    {356, Coding::Pcm, 4096},
+    {355, Coding::Pcm, 1764},
+    {357, Coding::Pcm, 1764},
+    {359, Coding::Mono, 882},
     {360, Coding::Mono, 882},
 };
 
@@ -46,7 +52,7 @@ const AudioType* FindType(uint16_t type) {
 } // namespace
 
 void SetMCastPackageHeader(_vxa_data_packet_t_mcast& packet, char codec, int node, int stream) {
-    packet.magic = kAudioMagic;
+    packet.magic = kPacketMagic;
     packet.node = static_cast<uint32_t>(node);
     packet.stream = static_cast<uint32_t>(stream);
     packet.type = codec == 1 ? kTypeMono : codec == 2 ? kTypeMonoShort : kTypeTwoChannel;

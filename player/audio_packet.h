@@ -13,6 +13,10 @@ inline constexpr std::size_t kMaxAudioDatagramBytes = 4124; // the longest kind
 inline constexpr int kMaxDecodedBytes = 4096;
 inline constexpr int kEndOfStreamReceived = -2;
 
+inline constexpr uint16_t kTypeEndOfStream = 0x8112;
+inline constexpr uint16_t kNominalLength = 1032;     // of datagrams with kAudioPayloadBytes and the long end of stream
+inline constexpr uint16_t kNominalLengthShort = 520; // of the short kinds of both
+
 #pragma pack(push, 1)
 /// State of the coder after the payload. In memory the fields of adpcm_state have another order.
 struct _vxa_adpcm_block_t {
@@ -24,7 +28,7 @@ struct _vxa_adpcm_block_t {
 
 /// The audio datagram that the library sends; little-endian. Other kinds differ in the length of the payload.
 struct _vxa_data_packet_t_mcast {
-    uint16_t magic; // 0x4A79
+    uint16_t magic; // kPacketMagic, as in command packets
     uint8_t reserved[4];
     uint32_t node;   // ID of the sender
     uint32_t stream; // 1; in an end of stream the ID of the zone controller that it is meant for

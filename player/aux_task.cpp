@@ -3,21 +3,17 @@
 #include "app/application.h"
 #include "player/zone_triggers.h"
 
-namespace {
-constexpr unsigned kWatchPauseMs = 100;
-} // namespace
-
 short CAUXTask::Play() {
-    CTaskStatusTable& table = m_app.Player().Status();
-    CZoneTriggers triggers(m_app, MakeTriggerParam(MakeRecord()), m_task.instance);
+    CZoneTriggers triggers(m_app, MakeRecord());
     triggers.Start(m_task.zones, CZCU::ThreadTriggerZCUJoinNetAUX);
     const int result = triggers.WaitForTriggerZCU([this] { return IsSuperseded(); });
     if (result != kTriggered) { return Fail(kTaskNotTriggered, "Failed to trigger AUX task devices, task ID "); }
-    if (table.BeginBroadcast(m_task.instance, MakeRecord())) {
-        m_app.Callbacks().TaskStatus(m_task.taskID, kTaskBroadcasting);
-        LogTask(kLogError, "Prepare to play task ID "); // no error, but always logged as one
-        WatchUntilStopped();
-        triggers.CloseAudio();
+    if (m_app.Player().Status().BeginBroadcast(MakeRecord())) {
+        const bool completed = Broadcast(triggers, [this] {
+            LogTask(kLogError, "Prepare to play task ID "); // no error, but always logged as one
+            WatchUntilStopped();
+        });
+        if (!completed) { return BreakOff(kTaskNotTriggered); }
     }
     return LeaveStopped();
 }
@@ -28,10 +24,8 @@ short CAUXTask::LeaveStopped() {
 }
 
 void CAUXTask::WatchUntilStopped() {
-    CWakeList::Entry stopped(m_app.Player().StopWaiters());
-    while (!m_app.Lifetime().IsExiting() && !m_app.Player().Status().IsStopped(m_task.taskID, m_task.instance)) {
-        stopped.Wait(kWatchPauseMs);
-    }
+    CWakeList::Entry stopped(m_app.Player().StopWaiters(), m_task.taskID);
+    while (!m_app.Lifetime().IsExiting() && !IsStopped()) { stopped.Wait(kIdleWaitMs); }
 }
 
 tagTASK_STATUS CAUXTask::MakeRecord() const {

@@ -3,6 +3,7 @@
 #include "common/format.h"
 #include "common/qbstring.h"
 #include "player/file_task.h"
+#include "player/running_report.h"
 
 namespace {
 constexpr int kNoTaskChannel = -2;
@@ -43,10 +44,14 @@ extern "C" K740_API int K740_StartAudioFileTask(int taskID, int volume, int prio
         qbstring::SplitStringToVector(Text(files), kFileSeparator, paths);
         if (paths.empty()) { return reject("No audio files.", kFail); }
 
+        const auto fail = [&] { return reject(Format("Failed to start task %d", taskID), kNotBroadcasting); };
+        // Within a report of its own former run, which cannot end before this call does, it would wait for ever.
+        const bool stopped = !IsRunning(app.Player().Status().GetTaskStatus(taskID));
+        if (stopped && CRunningReport::IsUnderWay(taskID)) { return fail(); }
         const int refused = K740_StartAudioStreamTask(taskID, volume, priority, recovery, zones, dryContactOutput);
         if (refused != kOk) { return refused; }
         CFileTask task(app, taskID);
-        if (!task.AwaitBroadcast()) { return reject(Format("Failed to start task %d", taskID), kNotBroadcasting); }
+        if (!task.AwaitBroadcast()) { return fail(); }
         task.Play(paths, repeat);
         K740_StopTask(taskID);
         return kOk;
@@ -65,7 +70,7 @@ extern "C" K740_API int K740_StopTask(int taskID) {
 
 extern "C" K740_API int K740_GetTaskStatus(int taskID) {
     return Exported([=](CK740ControlApp& app) {
-        return IsTaskID(taskID) ? static_cast<int>(app.Player().Status().Status(taskID)) : kFail;
+        return IsTaskID(taskID) ? static_cast<int>(app.Player().Status().GetTaskStatus(taskID)) : kFail;
     });
 }
 

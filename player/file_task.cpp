@@ -28,16 +28,17 @@ struct CloseFile {
 bool CFileTask::AwaitBroadcast() {
     const CTaskStatusTable& table = m_app.Player().Status();
     int status = kTaskAccepted;
-    while (status == kTaskAccepted) {
+    while (status == kTaskAccepted && !m_app.Lifetime().IsExiting()) {
         m_app.Lifetime().Pause(kPollMs);
-        status = table.Status(m_taskID);
+        status = table.GetTaskStatus(m_taskID);
     }
-    return status > kTaskNone;
+    return status > kTaskAccepted;
 }
 
 void CFileTask::Play(const std::vector<std::string>& files, int repeat) {
-    for (unsigned pass = 1; (repeat == 0 || pass <= static_cast<unsigned>(repeat)) && !m_app.Lifetime().IsExiting();
-         ++pass) {
+    // The passes alone count, whether or not the task goes on; after a stop or the shutdown each file takes some 200
+    // ms.
+    for (unsigned pass = 1; repeat == 0 || pass <= static_cast<unsigned>(repeat); ++pass) {
         bool pushed = false;
         for (const std::string& file : files) {
             pushed |= PlayFile(qbstring::trimString(file), static_cast<int>(pass), repeat);
@@ -60,10 +61,10 @@ bool CFileTask::PlayFile(const std::string& path, int pass, int repeat) {
     K740_PACING pacing{};
     CQBTime sinceCheck;
     sinceCheck.TimeStart();
-    while (!m_app.Lifetime().IsExiting()) {
+    while (true) {
         K740_SleepStart(&pacing);
         if (sinceCheck.TimeEnd() > kStatusCheckMs) {
-            if (m_app.Player().Status().Status(m_taskID) != kTaskBroadcasting) { break; }
+            if (m_app.Player().Status().GetTaskStatus(m_taskID) != kTaskBroadcasting) { break; }
             sinceCheck.TimeStart();
         }
         chunk.fill(0);

@@ -11,7 +11,8 @@ class CFileTask {
 public:
     CFileTask(CK740ControlApp& app, int taskID) : m_app(app), m_taskID(taskID) {}
 
-    /// Waits until the accepted task broadcasts. @return false when it failed or was stopped
+    /// Waits until the accepted task broadcasts. @return false when it failed, was stopped or the library shuts
+    /// down
     bool AwaitBroadcast();
     /// Plays the files one after the other, again and again. A task that is stopped ends the file at hand, not the
     /// passes.

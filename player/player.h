@@ -2,14 +2,16 @@
 #pragma once
 
 #include "common/bounded_table.h"
+#include "common/wake_list.h"
 #include "player/channel_table.h"
 #include "player/resampler_slots.h"
 #include "player/task_records.h"
 #include "player/task_status.h"
 #include "player/task_streams.h"
-#include "player/wake_list.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 class CK740ControlApp;
@@ -44,17 +46,22 @@ public:
     /// Waits until the thread of an earlier acceptance of the same ID has ended: it still has to close the audio, and
     /// its request, which carries the ID alone, would close the new task's. Then waits a little, so that the host hears
     /// of the former end first; no longer, because the host may wait for the new task in that very callback.
-    void AwaitPredecessor(const tagTASK_QUEUE& task);
-    /// Ends a task's thread: notes its last state and tells the host.
+    /// @return false when the library shuts down meanwhile
+    bool AwaitPredecessor(const tagTASK_QUEUE& task);
+    /// Tells the host of a task that goes on.
+    void ReportRunning(int taskID, short status);
+    /// Ends a task's thread: notes its last state and tells the host. Throws nothing.
     void Conclude(const tagTASK_QUEUE& task, short status);
     /// Wakes the threads of all tasks, so that they see the exit flag.
     void WakeTasks();
+    /// Logs a line of the player.
+    void Log(uint8_t level, const std::string& text);
 
     CTaskStatusTable& Status() { return m_status; }
     CChannelTable& Channels() { return m_channels; }
     CTaskStreams& Streams() { return m_streams; }
     CResamplerSlots& Resamplers() { return m_resamplers; }
-    /// Raised whenever any task is stopped, for the threads of tasks without a channel.
+    /// Raised by task ID when a task is stopped, for the threads of tasks without a channel.
     CWakeList& StopWaiters() { return m_stopWaiters; }
 
 private:
@@ -64,7 +71,9 @@ private:
     int Accept(tagTASK_QUEUE& task, std::optional<int> limit, const std::string& alreadyRunning);
 
     CK740ControlApp& m_app;
-    CBoundedTable<tagTASK_QUEUE, kLastTaskID> m_queue;
+    static constexpr std::size_t kMaxQueuedTasks = kLastTaskID; // never reached: each is taken at once
+
+    CBoundedTable<tagTASK_QUEUE, kMaxQueuedTasks> m_queue;
     CTaskStatusTable m_status;
     CChannelTable m_channels;
     CTaskStreams m_streams;

@@ -2,12 +2,11 @@
 
 #include "app/application.h"
 #include "common/stopwatch.h"
+#include "player/task_run.h"
 
 namespace {
 
 constexpr unsigned kStatusCheckMs = 99; // the state is read once more than this has passed
-constexpr unsigned kIdleWaitMs = 1000;  // a push, a stop and the shutdown end the wait at once
-constexpr int kFullVolume = 100;
 constexpr int kStreamNumber = 1;
 
 } // namespace
@@ -23,10 +22,11 @@ CStreamSender::CStreamSender(CK740ControlApp& app, CQBUDP& udp, const tagTASK_QU
     SetMCastPackageHeader(m_packet, codec, static_cast<int>(app.Configuration().NodeID()), kStreamNumber);
 }
 
-void CStreamSender::Run() {
+void CStreamSender::MulitCastStream_4K() {
     CTaskStreams& streams = m_app.Player().Streams();
     CQBTime sinceCheck;
     sinceCheck.TimeStart();
+    bool stopped = false;
     while (!m_app.Lifetime().IsExiting()) {
         if (sinceCheck.TimeEnd() > kStatusCheckMs) {
             sinceCheck.TimeStart();
@@ -34,8 +34,11 @@ void CStreamSender::Run() {
         }
         const bool converted = streams.Convert(m_channelID, m_task.taskID, m_format);
         if (SendFrame() || converted) { continue; }
-        if (IsStopped()) { return; }
+        if (stopped) { return; }
+        stopped = IsStopped();
+        if (stopped) { continue; } // once more, for what was pushed right before the stop
         streams.Wait(m_channelID, kIdleWaitMs);
+        sinceCheck.TimeStart(); // nor is anything lost that was pushed after a long silence
     }
 }
 
@@ -50,5 +53,5 @@ bool CStreamSender::SendFrame() {
 }
 
 bool CStreamSender::IsStopped() const {
-    return m_app.Player().Status().IsStopped(m_task.taskID, m_task.instance);
+    return m_app.Player().Status().IsTaskStoped(m_task.taskID, m_task.instance);
 }

@@ -17,7 +17,7 @@ public:
     CStreamSender(CK740ControlApp& app, CQBUDP& udp, const tagTASK_QUEUE& task, int channelID);
 
     /// Runs until the task is stopped or the library shuts down.
-    void Run();
+    void MulitCastStream_4K();
 
 private:
     bool SendFrame();

@@ -13,11 +13,13 @@ constexpr unsigned kAfterEndOfStreamMs = 20;
 short CStreamTask::Play() {
     m_channelID = m_app.Player().NewChannel(m_task.taskID, m_multicastIP);
     if (m_channelID == kNoChannel) { return Fail(kTaskNoFreeChannel, "Failed to allocate a channel, task ID "); }
-    short status = kTaskNone;
+    short status = kTaskNotTriggered;
     const bool completed = ContainExceptions([&] { status = JoinGroupAndPlay(); });
+    if (!completed) { BreakOff(status); }
+    RemoveStreams(); // while the channel is still this task's
     m_udp.Close();
     m_app.Player().Channels().ReleaseChannel(m_channelID);
-    return completed ? status : kTaskNotTriggered;
+    return status;
 }
 
 short CStreamTask::JoinGroupAndPlay() {
@@ -25,32 +27,25 @@ short CStreamTask::JoinGroupAndPlay() {
     if (m_udp.join_multicast_send(m_multicastIP.c_str(), m_app.Configuration().MulticastPort(), nic) != 0) {
         return Fail(kTaskGroupNotJoined, "Failed to join into multi-cast group, task ID ");
     }
-    Log(kLogInfo,
-        Format("Allocated muliticast %s for task %d NIC:%s", m_multicastIP.c_str(), m_task.taskID, nic.c_str()));
-    return TriggerAndPlay();
+    m_app.Player().Log(kLogInfo, Format("Allocated muliticast %s for task %d NIC:%s", m_multicastIP.c_str(),
+                                        m_task.taskID, nic.c_str()));
+    // Before any controller is asked to play, because without them there is nothing to be heard.
+    return NewStreams() ? TriggerAndPlay() : BreakOff(kTaskNotTriggered);
 }
 
 short CStreamTask::TriggerAndPlay() {
-    CZoneTriggers triggers(m_app, MakeTriggerParam(MakeRecord()), m_task.instance);
+    CZoneTriggers triggers(m_app, MakeRecord());
     triggers.Start(m_task.zones, CZCU::ThreadTriggerZCUJoinNetStream);
     const int result = triggers.WaitForTriggerZCU([this] { return IsSuperseded(); });
     if (result != kTriggered) { return Fail(kTaskNotTriggered, "Failed to trigger all ZCU, task ID "); }
-
-    NewStreams();
-    const short status = Broadcast(triggers);
-    RemoveStreams(); // while the channel is still this task's
-    return status;
-}
-
-short CStreamTask::Broadcast(CZoneTriggers& triggers) {
-    CTaskStatusTable& table = m_app.Player().Status();
-    if (table.IsStopped(m_task.taskID, m_task.instance)) { return LeaveStopped(); }
+    if (IsStopped()) { return LeaveStopped(); }
     LogTask(kLogInfo, "Start to send audio stream to ZCU, task ID ");
-    if (!table.BeginBroadcast(m_task.instance, MakeRecord())) { return LeaveStopped(); }
-    m_app.Callbacks().TaskStatus(m_task.taskID, kTaskBroadcasting);
-    CStreamSender(m_app, m_udp, m_task, m_channelID).Run();
-    if (m_task.recovery == 0) { SendEndOfStream(triggers); }
-    triggers.CloseAudio();
+    if (!m_app.Player().Status().BeginBroadcast(MakeRecord())) { return LeaveStopped(); }
+    const bool completed = Broadcast(triggers, [&] {
+        CStreamSender(m_app, m_udp, m_task, m_channelID).MulitCastStream_4K();
+        if (m_task.recovery == 0) { SendEndOfStream(triggers); }
+    });
+    if (!completed) { return BreakOff(kTaskNotTriggered); }
     LogTask(kLogInfo, "Task stoped, task ID ");
     return kTaskNone;
 }
@@ -63,12 +58,13 @@ tagTASK_STATUS CStreamTask::MakeRecord() const {
 }
 
 // Only the slots that the input format needs.
-void CStreamTask::NewStreams() {
+bool CStreamTask::NewStreams() {
     CTaskStreams& streams = m_app.Player().Streams();
     const int format = m_app.Configuration().AudioStreamFormat();
-    if (format != kFormat44K && format != kFormat22K) { streams.NewTaskStream8K(m_channelID, m_task.taskID); }
-    if (format != kFormat44K) { streams.NewTaskStream22K(m_channelID, m_task.taskID); }
-    streams.NewTaskStream44K(m_channelID, m_task.taskID);
+    const bool from8K = format != kFormat44K && format != kFormat22K;
+    return (!from8K || streams.NewTaskStream8K(m_channelID, m_task.taskID)) &&
+           (format == kFormat44K || streams.NewTaskStream22K(m_channelID, m_task.taskID)) &&
+           streams.NewTaskStream44K(m_channelID, m_task.taskID);
 }
 
 void CStreamTask::RemoveStreams() {

@@ -16,9 +16,8 @@ private:
     short LeaveStopped() override;
     short JoinGroupAndPlay();
     short TriggerAndPlay();
-    short Broadcast(CZoneTriggers& triggers);
     tagTASK_STATUS MakeRecord() const;
-    void NewStreams();
+    bool NewStreams();
     void RemoveStreams();
     void SendEndOfStream(const CZoneTriggers& triggers);
 

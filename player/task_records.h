@@ -8,6 +8,7 @@
 inline constexpr int kFirstTaskID = 1;
 inline constexpr int kLastTaskID = 50'000;
 inline constexpr std::size_t kMaxTaskMulticastText = 48; // characters
+inline constexpr int kFullVolume = 100;                  // percent
 
 /// States of a task.
 inline constexpr short kTaskNone = 0;
@@ -63,4 +64,5 @@ struct tagTASK_STATUS {
     short audioSource = 0;
     int deviceID = 0; // net AUX tasks, as the next
     int auxPort = 0;
+    TaskInstance instance = 0; // the acceptance that owns it
 };

@@ -4,9 +4,10 @@
 #include "player/task_records.h"
 
 #include <cstdint>
-#include <string>
+#include <functional>
 
 class CK740ControlApp;
+class CZoneTriggers;
 
 /// One run of a task, from its acceptance to its last report. Belongs to the task's thread.
 class CTaskRun {
@@ -30,13 +31,18 @@ protected:
 
     /// @return whether the task's ID has been given to a later task
     bool IsSuperseded() const;
+    bool IsStopped() const;
     /// @return the record of the broadcasting task, without what only one kind has
     tagTASK_STATUS MakeBroadcastRecord(short audioSource) const;
-    void Log(uint8_t level, const std::string& text);
+    /// Tells the host that the task broadcasts, runs play until it is stopped and then closes the audio, whatever
+    /// play throws. @return false when it threw
+    bool Broadcast(CZoneTriggers& triggers, const std::function<void()>& play);
     /// Logs a text that ends with the task's ID.
     void LogTask(uint8_t level, const char* text);
-    /// Logs an error in the same way. @return status
+    /// Logs an error in the same way, if it can. @return status
     short Fail(short status, const char* text);
+    /// Fails for a reason of the library's own, such as a lack of memory. @return status
+    short BreakOff(short status) { return Fail(status, "Failed to play, task ID "); }
 
     CK740ControlApp& m_app;
     const tagTASK_QUEUE& m_task;

@@ -2,85 +2,78 @@
 
 #include <algorithm>
 
-CTaskStatusTable::Entry* CTaskStatusTable::FindLocked(int taskID) const {
+tagTASK_STATUS* CTaskStatusTable::FindLocked(int taskID) const {
     const auto found = m_byID.find(taskID);
     return found == m_byID.end() ? nullptr : &*found->second;
 }
 
-CTaskStatusTable::Entry& CTaskStatusTable::AppendLocked(int taskID) {
-    m_entries.emplace_back();
-    m_entries.back().record.taskID = taskID;
-    m_byID[taskID] = std::prev(m_entries.end());
+tagTASK_STATUS& CTaskStatusTable::AppendLocked(int taskID) {
+    Entries fresh(1);
+    fresh.front().taskID = taskID;
+    m_byID.emplace(taskID, fresh.begin()); // the last step that can fail
+    m_entries.splice(m_entries.end(), fresh);
     return m_entries.back();
 }
 
-void CTaskStatusTable::EraseLocked(int taskID) {
-    const auto found = m_byID.find(taskID);
-    if (found == m_byID.end()) { return; }
-    m_entries.erase(found->second);
-    m_byID.erase(found);
+void CTaskStatusTable::SetTaskStatus(int taskID, short status, TaskInstance instance) {
+    tagTASK_STATUS* entry = FindLocked(taskID);
+    if (status != kTaskNone) {
+        if (entry == nullptr) { entry = &AppendLocked(taskID); }
+        entry->status = status;
+        entry->instance = instance;
+    } else if (entry != nullptr) {
+        m_entries.erase(m_byID[taskID]);
+        m_byID.erase(taskID);
+    }
 }
 
 CTaskStatusTable::Acceptance CTaskStatusTable::Accept(int taskID, std::optional<int> limit, TaskInstance& instance) {
     const CQBSemLocker lock(&m_lock);
-    Entry* entry = FindLocked(taskID);
-    if (entry != nullptr && IsRunning(entry->record.status)) { return Acceptance::AlreadyRunning; }
-    const bool limitReached = limit && RunningLocked() >= *limit;
-    if (entry == nullptr) { entry = &AppendLocked(taskID); }
+    const tagTASK_STATUS* entry = FindLocked(taskID);
+    if (entry != nullptr && IsRunning(entry->status)) { return Acceptance::AlreadyRunning; }
+    const bool limitReached = limit && GetRunningTaskCounter() >= *limit;
+    Threads thread; // made before anything is noted, so that for want of memory nothing is
+    if (!limitReached) { thread.emplace(taskID, Thread{m_lastInstance + 1}); }
+    SetTaskStatus(taskID, limitReached ? kTaskNoFreeChannel : kTaskAccepted, m_lastInstance + 1);
+    m_threads.merge(thread);
     instance = ++m_lastInstance;
-    entry->instance = instance;
-    entry->record.status = limitReached ? kTaskNoFreeChannel : kTaskAccepted;
-    if (limitReached) { return Acceptance::LimitReached; }
-    m_threads.emplace(taskID, Thread{instance, false});
-    return Acceptance::Accepted;
-}
-
-void CTaskStatusTable::Set(int taskID, short status) {
-    const CQBSemLocker lock(&m_lock);
-    if (status == kTaskNone) { return EraseLocked(taskID); }
-    Entry* entry = FindLocked(taskID);
-    (entry != nullptr ? *entry : AppendLocked(taskID)).record.status = status;
-}
-
-void CTaskStatusTable::Set(const tagTASK_STATUS& record) {
-    const CQBSemLocker lock(&m_lock);
-    if (record.status == kTaskNone) { return EraseLocked(record.taskID); }
-    Entry* entry = FindLocked(record.taskID);
-    (entry != nullptr ? *entry : AppendLocked(record.taskID)).record = record;
+    return limitReached ? Acceptance::LimitReached : Acceptance::Accepted;
 }
 
 short CTaskStatusTable::Remove(int taskID) {
     const CQBSemLocker lock(&m_lock);
-    const Entry* entry = FindLocked(taskID);
-    const short status = entry == nullptr ? kTaskNone : entry->record.status;
-    EraseLocked(taskID);
+    const tagTASK_STATUS* entry = FindLocked(taskID);
+    const short status = entry == nullptr ? kTaskNone : entry->status;
+    SetTaskStatus(taskID, kTaskNone, 0);
     return status;
 }
 
-bool CTaskStatusTable::BeginBroadcast(TaskInstance instance, const tagTASK_STATUS& record) {
+bool CTaskStatusTable::BeginBroadcast(const tagTASK_STATUS& record) {
     const CQBSemLocker lock(&m_lock);
-    Entry* entry = FindLocked(record.taskID);
-    if (entry == nullptr || entry->instance != instance || !IsRunning(entry->record.status)) { return false; }
-    entry->record = record;
+    tagTASK_STATUS* entry = FindLocked(record.taskID);
+    if (entry == nullptr || entry->instance != record.instance || !IsRunning(entry->status)) { return false; }
+    *entry = record;
     return true;
 }
 
+void CTaskStatusTable::EnterPhase(int taskID, TaskInstance instance, Phase phase) {
+    const auto [first, last] = m_threads.equal_range(taskID);
+    std::for_each(first, last, [&](auto& thread) {
+        if (thread.second.instance == instance) { thread.second.phase = phase; }
+    });
+}
+
+void CTaskStatusTable::BeginClosing(int taskID, TaskInstance instance) {
+    const CQBSemLocker lock(&m_lock);
+    EnterPhase(taskID, instance, Phase::Closing);
+}
+
+// A task that was stopped and then failed shows its failure all the same.
 short CTaskStatusTable::Conclude(int taskID, TaskInstance instance, short status) {
     const CQBSemLocker lock(&m_lock);
-    const auto [first, last] = m_threads.equal_range(taskID);
-    std::for_each(first, last, [instance](auto& thread) {
-        thread.second.concluded = thread.second.concluded || thread.second.instance == instance;
-    });
+    EnterPhase(taskID, instance, Phase::Concluded);
     if (IsSupersededLocked(taskID, instance)) { return kTaskNone; }
-    if (status == kTaskNone) {
-        EraseLocked(taskID);
-        return status;
-    }
-    // A task that was stopped and then failed shows its failure all the same.
-    Entry* entry = FindLocked(taskID);
-    if (entry == nullptr) { entry = &AppendLocked(taskID); }
-    entry->instance = instance;
-    entry->record.status = status;
+    SetTaskStatus(taskID, status, instance);
     return status;
 }
 
@@ -92,14 +85,14 @@ void CTaskStatusTable::Forget(int taskID, TaskInstance instance) {
     if (thread != last) { m_threads.erase(thread); }
 }
 
-bool CTaskStatusTable::IsStopped(int taskID, TaskInstance instance) const {
+bool CTaskStatusTable::IsTaskStoped(int taskID, TaskInstance instance) const {
     const CQBSemLocker lock(&m_lock);
-    const Entry* entry = FindLocked(taskID);
-    return entry == nullptr || entry->instance != instance || entry->record.status < kTaskAccepted;
+    const tagTASK_STATUS* entry = FindLocked(taskID);
+    return entry == nullptr || entry->instance != instance || entry->status < kTaskAccepted;
 }
 
 bool CTaskStatusTable::IsSupersededLocked(int taskID, TaskInstance instance) const {
-    const Entry* entry = FindLocked(taskID);
+    const tagTASK_STATUS* entry = FindLocked(taskID);
     const auto [first, last] = m_threads.equal_range(taskID);
     return (entry != nullptr && entry->instance > instance) ||
            std::any_of(first, last, [instance](const auto& other) { return other.second.instance > instance; });
@@ -114,14 +107,8 @@ bool CTaskStatusTable::IsOver(int taskID, TaskInstance instance) const {
     const CQBSemLocker lock(&m_lock);
     const auto [first, last] = m_threads.equal_range(taskID);
     return std::none_of(first, last, [instance](const auto& thread) {
-        return thread.second.instance == instance && !thread.second.concluded;
+        return thread.second.instance == instance && thread.second.phase == Phase::Playing;
     });
-}
-
-TaskInstance CTaskStatusTable::Owner(int taskID) const {
-    const CQBSemLocker lock(&m_lock);
-    const Entry* entry = FindLocked(taskID);
-    return entry == nullptr ? 0 : entry->instance;
 }
 
 CTaskStatusTable::Predecessor CTaskStatusTable::FindPredecessor(int taskID, TaskInstance instance) const {
@@ -130,7 +117,8 @@ CTaskStatusTable::Predecessor CTaskStatusTable::FindPredecessor(int taskID, Task
     Predecessor found = Predecessor::None;
     for (auto thread = first; thread != last; ++thread) {
         if (thread->second.instance >= instance) { continue; }
-        found = std::max(found, thread->second.concluded ? Predecessor::TellingTheHost : Predecessor::Working);
+        const bool concluded = thread->second.phase == Phase::Concluded;
+        found = std::max(found, concluded ? Predecessor::TellingTheHost : Predecessor::Working);
     }
     return found;
 }
@@ -140,33 +128,29 @@ bool CTaskStatusTable::HasThreads() const {
     return !m_threads.empty();
 }
 
-short CTaskStatusTable::Status(int taskID) const {
+short CTaskStatusTable::GetTaskStatus(int taskID) const {
     const CQBSemLocker lock(&m_lock);
-    const Entry* entry = FindLocked(taskID);
-    return entry == nullptr ? kTaskNone : entry->record.status;
+    const tagTASK_STATUS* entry = FindLocked(taskID);
+    return entry == nullptr ? kTaskNone : entry->status;
 }
 
-std::optional<tagTASK_STATUS> CTaskStatusTable::Find(int taskID) const {
+int CTaskStatusTable::GetTaskStatus(int taskID, tagTASK_STATUS& out) const {
     const CQBSemLocker lock(&m_lock);
-    const Entry* entry = FindLocked(taskID);
-    return entry == nullptr ? std::nullopt : std::optional(entry->record);
+    const tagTASK_STATUS* entry = FindLocked(taskID);
+    out = entry == nullptr ? tagTASK_STATUS{} : *entry;
+    return entry == nullptr ? -1 : 0;
 }
 
-int CTaskStatusTable::RunningLocked() const {
+int CTaskStatusTable::GetRunningTaskCounter() const {
     return static_cast<int>(std::count_if(m_entries.begin(), m_entries.end(),
-                                          [](const Entry& entry) { return IsRunning(entry.record.status); }));
-}
-
-int CTaskStatusTable::RunningTasks() const {
-    const CQBSemLocker lock(&m_lock);
-    return RunningLocked();
+                                          [](const tagTASK_STATUS& entry) { return IsRunning(entry.status); }));
 }
 
 int CTaskStatusTable::ListRunning(int* ids, int maxCount) const {
     const CQBSemLocker lock(&m_lock);
     int written = 0;
-    for (const Entry& entry : m_entries) {
-        if (written < maxCount && IsRunning(entry.record.status)) { ids[written++] = entry.record.taskID; }
+    for (const tagTASK_STATUS& entry : m_entries) {
+        if (written < maxCount && IsRunning(entry.status)) { ids[written++] = entry.taskID; }
     }
     return static_cast<int>(m_entries.size());
 }

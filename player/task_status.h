@@ -23,28 +23,25 @@ public:
     /// @param instance  receives the number of this acceptance
     Acceptance Accept(int taskID, std::optional<int> limit, TaskInstance& instance);
 
-    /// Sets a state, of whatever acceptance; 0 removes the entry.
-    void Set(int taskID, short status);
-    /// Replaces the entry, or appends one; state 0 removes it.
-    void Set(const tagTASK_STATUS& record);
     /// Removes the entry. @return the state that it had, 0 when there was none
     short Remove(int taskID);
 
-    /// Puts the record in when the acceptance still owns the task. @return false when it was stopped
-    bool BeginBroadcast(TaskInstance instance, const tagTASK_STATUS& record);
+    /// Puts the record in when its acceptance still owns the task. @return false when it was stopped
+    bool BeginBroadcast(const tagTASK_STATUS& record);
+    /// Marks an acceptance as over: the requests that close its audio follow, and none that plays it may come after.
+    void BeginClosing(int taskID, TaskInstance instance);
     /// Ends an acceptance: notes its last state unless there is a later one of the ID.
     /// @return the state to tell the host: 0 when there is a later one
     short Conclude(int taskID, TaskInstance instance, short status);
     /// Forgets the thread of an acceptance that is concluded and has told the host.
     void Forget(int taskID, TaskInstance instance);
 
-    bool IsStopped(int taskID, TaskInstance instance) const;
+    /// @return whether the acceptance's task has a state below 1 or does not own the ID any more
+    bool IsTaskStoped(int taskID, TaskInstance instance) const;
     /// @return whether there is a later acceptance of the ID
     bool IsSuperseded(int taskID, TaskInstance instance) const;
-    /// @return whether the acceptance is concluded
+    /// @return whether the acceptance is closing or concluded
     bool IsOver(int taskID, TaskInstance instance) const;
-    /// @return the acceptance that owns the ID, 0 when there is none
-    TaskInstance Owner(int taskID) const;
 
     enum class Predecessor { None, TellingTheHost, Working };
     /// @return what the thread of an earlier acceptance still does
@@ -54,32 +51,32 @@ public:
     bool HasThreads() const;
 
     /// @return 0 when the ID is unknown
-    short Status(int taskID) const;
-    std::optional<tagTASK_STATUS> Find(int taskID) const;
-    int RunningTasks() const;
+    short GetTaskStatus(int taskID) const;
+    /// @return 0; -1 with an empty record when the ID is unknown
+    int GetTaskStatus(int taskID, tagTASK_STATUS& out) const;
     /// Writes the IDs of running tasks, at most maxCount. @return the number of all entries
     int ListRunning(int* ids, int maxCount) const;
 
 private:
-    struct Entry {
-        tagTASK_STATUS record;
-        TaskInstance instance = 0;
-    };
-    using Entries = std::list<Entry>;
+    using Entries = std::list<tagTASK_STATUS>;
+    enum class Phase { Playing, Closing, Concluded };
     struct Thread {
         TaskInstance instance;
-        bool concluded;
+        Phase phase = Phase::Playing;
     };
+    using Threads = std::multimap<int, Thread>; // of acceptances, by task ID
 
-    Entry* FindLocked(int taskID) const K740_REQUIRES(m_lock);
-    Entry& AppendLocked(int taskID) K740_REQUIRES(m_lock);
-    void EraseLocked(int taskID) K740_REQUIRES(m_lock);
-    int RunningLocked() const K740_REQUIRES(m_lock);
+    tagTASK_STATUS* FindLocked(int taskID) const K740_REQUIRES(m_lock);
+    tagTASK_STATUS& AppendLocked(int taskID) K740_REQUIRES(m_lock);
+    /// Notes a state and whose it is; 0 removes the entry.
+    void SetTaskStatus(int taskID, short status, TaskInstance instance) K740_REQUIRES(m_lock);
+    void EnterPhase(int taskID, TaskInstance instance, Phase phase) K740_REQUIRES(m_lock);
+    int GetRunningTaskCounter() const K740_REQUIRES(m_lock);
     bool IsSupersededLocked(int taskID, TaskInstance instance) const K740_REQUIRES(m_lock);
 
     mutable CQBSem m_lock;
     Entries m_entries K740_GUARDED_BY(m_lock);
     std::unordered_map<int, Entries::iterator> m_byID K740_GUARDED_BY(m_lock);
-    std::multimap<int, Thread> m_threads K740_GUARDED_BY(m_lock); // of acceptances, by task ID
+    Threads m_threads K740_GUARDED_BY(m_lock);
     TaskInstance m_lastInstance K740_GUARDED_BY(m_lock) = 0;
 };

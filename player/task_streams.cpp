@@ -25,18 +25,22 @@ constexpr float kStepFactor22K = 0.5F;
 constexpr std::size_t kMaxStepIn = 882;
 constexpr std::size_t kMaxStepOut = 1764;
 
-constexpr std::size_t kMaxG711Chunk = 1024;
+// The longest chunk that the host may push, in bytes.
+constexpr unsigned kMaxChunk44K = 4096;
+constexpr unsigned kMaxChunk22K = 2048;
+constexpr unsigned kMaxG711Chunk = 1024;
+constexpr unsigned kMaxChunk8K = 700;
 
 } // namespace
 
 unsigned LargestChunk(int format) {
     switch (format) {
     case kFormat44K:
-        return 4096;
+        return kMaxChunk44K;
     case kFormat22K:
-        return 2048;
+        return kMaxChunk22K;
     case kFormat8K:
-        return 700;
+        return kMaxChunk8K;
     default:
         return kMaxG711Chunk;
     }
@@ -46,16 +50,19 @@ CTaskStreams::Channel* CTaskStreams::Find(int channelID) {
     return channelID >= 0 && channelID < kChannels ? &m_channels[static_cast<std::size_t>(channelID)] : nullptr;
 }
 
-void CTaskStreams::NewTaskStream8K(int channelID, int taskID) {
-    if (Channel* channel = Find(channelID)) { channel->slot8K.New(taskID, kCapacity8K); }
+bool CTaskStreams::NewTaskStream8K(int channelID, int taskID) {
+    Channel* channel = Find(channelID);
+    return channel != nullptr && channel->slot8K.New(taskID, kCapacity8K);
 }
 
-void CTaskStreams::NewTaskStream22K(int channelID, int taskID) {
-    if (Channel* channel = Find(channelID)) { channel->slot22K.New(taskID, kCapacity22K); }
+bool CTaskStreams::NewTaskStream22K(int channelID, int taskID) {
+    Channel* channel = Find(channelID);
+    return channel != nullptr && channel->slot22K.New(taskID, kCapacity22K);
 }
 
-void CTaskStreams::NewTaskStream44K(int channelID, int taskID) {
-    if (Channel* channel = Find(channelID)) { channel->slot44K.New(taskID, kCapacity44K); }
+bool CTaskStreams::NewTaskStream44K(int channelID, int taskID) {
+    Channel* channel = Find(channelID);
+    return channel != nullptr && channel->slot44K.New(taskID, kCapacity44K);
 }
 
 void CTaskStreams::RemoveTaskStream8K(int channelID, int taskID) {
@@ -120,9 +127,15 @@ int CTaskStreams::PushHostAudio(int channelID, int taskID, int format, const uns
 bool CTaskStreams::Convert(int channelID, int taskID, int format) {
     Channel* channel = Find(channelID);
     if (channel == nullptr || format == kFormat44K) { return false; }
-    return format == kFormat22K
-               ? ConvertStep(*channel, taskID, channel->slot22K, kRate22K, kStepIn22K, kStepOut22K, kStepFactor22K)
-               : ConvertStep(*channel, taskID, channel->slot8K, kRate8K, kStepIn8K, kStepOut8K, kStepFactor8K);
+    return format == kFormat22K ? ConvertPcm22KTo441K(*channel, taskID) : ConvertPcm8KTo441K(*channel, taskID);
+}
+
+bool CTaskStreams::ConvertPcm8KTo441K(Channel& channel, int taskID) {
+    return ConvertStep(channel, taskID, channel.slot8K, kRate8K, kStepIn8K, kStepOut8K, kStepFactor8K);
+}
+
+bool CTaskStreams::ConvertPcm22KTo441K(Channel& channel, int taskID) {
+    return ConvertStep(channel, taskID, channel.slot22K, kRate22K, kStepIn22K, kStepOut22K, kStepFactor22K);
 }
 
 bool CTaskStreams::ConvertStep(Channel& channel, int taskID, CStreamSlot& source, int sourceRate, std::size_t inBytes,

@@ -1,9 +1,9 @@
 // The audio of all tasks on its way from the host to the senders.
 #pragma once
 
+#include "common/stream_slot.h"
 #include "common/wake_signal.h"
 #include "player/channel_table.h"
-#include "player/stream_slot.h"
 
 #include <array>
 #include <cstddef>
@@ -26,10 +26,10 @@ unsigned LargestChunk(int format);
 /// converts, takes and waits. A channel out of range or a task that does not own the slot has no room and no audio.
 class CTaskStreams {
 public:
-    /// (Re)allocates a slot, empty.
-    void NewTaskStream8K(int channelID, int taskID);
-    void NewTaskStream22K(int channelID, int taskID);
-    void NewTaskStream44K(int channelID, int taskID);
+    /// (Re)allocates a slot, empty. @return false when there is no memory for it
+    bool NewTaskStream8K(int channelID, int taskID);
+    bool NewTaskStream22K(int channelID, int taskID);
+    bool NewTaskStream44K(int channelID, int taskID);
     /// Frees a slot that is the task's.
     void RemoveTaskStream8K(int channelID, int taskID);
     void RemoveTaskStream22K(int channelID, int taskID);
@@ -69,6 +69,8 @@ private:
     Channel* Find(int channelID);
     int Push(int channelID, CStreamSlot Channel::*slot, std::size_t step, int taskID, const unsigned char* pcm,
              std::size_t length);
+    bool ConvertPcm8KTo441K(Channel& channel, int taskID);
+    bool ConvertPcm22KTo441K(Channel& channel, int taskID);
     bool ConvertStep(Channel& channel, int taskID, CStreamSlot& source, int sourceRate, std::size_t inBytes,
                      std::size_t outBytes, float step);
 

@@ -13,9 +13,8 @@
 namespace {
 constexpr unsigned kPollMs = 10;
 constexpr unsigned kTriggerTimeoutMs = 4000;
-constexpr uint32_t kEveryZoneMask = 255;
-} // namespace
 
+/// @return what the controllers of a task are asked; without node ID and multicast port
 tagZCU_PARAM MakeTriggerParam(const tagTASK_STATUS& task) {
     tagZCU_PARAM param{};
     param.taskID = static_cast<uint32_t>(task.taskID);
@@ -30,6 +29,11 @@ tagZCU_PARAM MakeTriggerParam(const tagTASK_STATUS& task) {
     return param;
 }
 
+} // namespace
+
+CZoneTriggers::CZoneTriggers(CK740ControlApp& app, const tagTASK_STATUS& task)
+    : m_app(app), m_param(MakeTriggerParam(task)), m_instance(task.instance) {}
+
 CZoneTriggers::~CZoneTriggers() {
     CloseThreadHandle(m_running);
 }
@@ -38,7 +42,10 @@ void CZoneTriggers::Start(const std::string& zones, void* (*thread)(void*)) {
     m_app.ZCU().ClearOutDateJoinMCastResponse();
     m_param.sourceNodeID = m_app.Configuration().NodeID();
     m_param.multicastPort = static_cast<uint16_t>(m_app.Configuration().MulticastPort());
-    for (const std::string& item : SplitZoneString(zones)) { StartThread(item, thread); }
+    const auto items = SplitZoneString(zones);
+    m_controllerIDs.reserve(m_controllerIDs.size() + items.size());
+    m_running.reserve(m_running.size() + items.size()); // so that no thread is made that cannot be kept
+    for (const std::string& item : items) { StartThread(item, thread); }
 }
 
 void CZoneTriggers::StartThread(const std::string& item, void* (*thread)(void*)) {
@@ -92,5 +99,8 @@ bool CZoneTriggers::JoinEnded() {
 }
 
 void CZoneTriggers::CloseAudio() {
-    for (const int id : m_controllerIDs) { m_app.ZCU().ZCU_Request_CloseAudio(id, m_param.taskID); }
+    m_app.Player().Status().BeginClosing(static_cast<int>(m_param.taskID), m_instance);
+    for (const int id : m_controllerIDs) {
+        ContainExceptions([&] { m_app.ZCU().ZCU_Request_CloseAudio(id, m_param.taskID); }); // the others' follow
+    }
 }

@@ -21,10 +21,8 @@ inline constexpr int kNoTriggers = -3;
 /// is gone. Belongs to one thread.
 class CZoneTriggers {
 public:
-    /// @param param     what all controllers are asked alike; ID and zones come from the zone string
-    /// @param instance  the acceptance of the task
-    CZoneTriggers(CK740ControlApp& app, const tagZCU_PARAM& param, TaskInstance instance)
-        : m_app(app), m_param(param), m_instance(instance) {}
+    /// @param task  what all controllers are asked alike; IDs and zones come from the zone string
+    CZoneTriggers(CK740ControlApp& app, const tagTASK_STATUS& task);
     /// Leaves the threads that still run to themselves.
     ~CZoneTriggers();
     CZoneTriggers(const CZoneTriggers&) = delete;
@@ -40,7 +38,8 @@ public:
 
     /// @return the controllers of the zone string, in its order, repeated ones repeated
     const std::vector<int>& ControllerIDs() const { return m_controllerIDs; }
-    /// Sends the close-audio request to every controller.
+    /// Sends the close-audio request to every controller. Threads that have not asked theirs to play by then do not
+    /// any more.
     void CloseAudio();
 
 private:
@@ -54,6 +53,3 @@ private:
     std::vector<int> m_controllerIDs;
     std::vector<pthread_t> m_running; // joinable
 };
-
-/// @return what the controllers of a task are asked; without node ID and multicast port
-tagZCU_PARAM MakeTriggerParam(const tagTASK_STATUS& task);

@@ -1,21 +1,17 @@
 #include "protocol/communication.h"
 
 #include "app/application.h"
-#include "common/format.h"
-#include "common/worker.h"
 #include "protocol/commands.h"
 
 #include <arpa/inet.h>
 
 #include <algorithm>
-#include <deque>
 
 namespace {
 
 constexpr unsigned kEmptyReceivePauseMs = 100;
 constexpr unsigned kDatagramPauseMs = 1;
 constexpr unsigned kBatchPauseMs = 5;
-constexpr unsigned kIdleSenderMs = 1000;
 
 } // namespace
 
@@ -34,7 +30,7 @@ void CCommunication::Initialization() {
     m_state = kBound;
     m_receiver29001.Start();
     m_receiver28001.Start();
-    StartThread("k740-sender", [this] { ThreadSender(); });
+    m_app.StartServiceThread("k740-sender", [this] { ThreadSender(); });
 }
 
 bool CCommunication::ReceivePacket(const ReceiveBuffer& buffer, const sockaddr_in& sender) {
@@ -115,7 +111,7 @@ void CCommunication::WakeThreads() {
 void CCommunication::ThreadSender() {
     CLifetime& lifetime = m_app.Lifetime();
     while (!lifetime.IsExiting()) {
-        if (m_sendQueue.Size() == 0) { m_sendQueued.Wait(kIdleSenderMs); }
+        if (m_sendQueue.Size() == 0) { m_sendQueued.Wait(kIdleWaitMs); }
         ContainExceptions([this] { SendBatch(); });
         lifetime.Pause(kBatchPauseMs);
     }
@@ -127,7 +123,7 @@ void CCommunication::SendBatch() {
 
 void CCommunication::Send(const tagSEND_BUFFER& entry) {
     const std::size_t length = std::min<std::size_t>(entry.length, kSendBufferBytes);
-    if (length > 0 && m_app.SendToDevice(entry.deviceID, entry.data, length)) {
+    if (length > 0 && m_app.TrySendToDevice(entry.deviceID, entry.data, length) != SendResult::NoSocket) {
         m_app.Lifetime().Pause(kDatagramPauseMs);
     }
 }

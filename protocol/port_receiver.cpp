@@ -9,8 +9,9 @@
 
 void CPortReceiver::Start() {
     m_shared.Expect();
-    if (!StartThread(m_service.threadName, [this] { Run(); })) {
+    if (!m_app.StartServiceThread(m_service.threadName, [this] { Run(); })) {
         m_shared.Withdraw([] {});
+        m_service.onBind(false);
         m_settled = true;
     }
 }

@@ -11,7 +11,6 @@ namespace {
 constexpr int kHostChannels = 8;
 constexpr int kLeaveUnchanged = -1;
 constexpr int kBadLevel = -2;
-constexpr unsigned kLastZoneMask = 255;
 
 bool IsLevel(int level) {
     return level >= 0 && level <= kQuietestLevel;
@@ -109,7 +108,7 @@ extern "C" K740_API int K740_CloseZones(const char* zones) {
         for (const std::string& piece : SplitZoneString(zoneText)) {
             if (piece.size() != kZoneItemLength) { continue; }
             const ZoneItem item = ParseZoneItem(piece);
-            if (item.mask < 1 || item.mask > kLastZoneMask) { continue; }
+            if (item.mask < 1 || item.mask > kEveryZoneMask) { continue; }
             app.ZCU().ZCU_Request_CloseZones(item.deviceID, static_cast<unsigned short>(item.mask));
         }
         LogCall(app, Format("K740_CloseZones('%s')", zones));

@@ -23,9 +23,7 @@ bool CZCU::ZCU_Request_GetZoneMCastIP(int id, tagQUERY_ZONE_MCAST_IP_RSP* out, i
     if (out == nullptr) { return false; }
     PurgeStaleAnswers(m_zoneGroups, time(nullptr));
     const auto destination = static_cast<uint32_t>(id);
-    if (!m_app.SendToDevice(id, MakePacket(m_app.Configuration().NodeID(), destination, kCmdGetZoneMulticast))) {
-        return false;
-    }
+    if (!m_app.SendToDevice(id, m_app.MakeRequest(id, kCmdGetZoneMulticast))) { return false; }
     const auto answer = WaitForAnswer(m_app.Lifetime(), m_zoneGroups, kQueryTiming,
                                       [=](const auto& candidate) { return candidate.zcuID == destination; });
     if (!answer) {
@@ -49,9 +47,7 @@ void CZCU::ZCU_Response_GetZoneMCastIP(const _vxa_cmd_packet_t* packet) {
 
 int CZCU::GetDeviceVersion(int id, tagQUERY_DEVICE_VERSION_RSP* out) {
     const auto destination = static_cast<uint32_t>(id);
-    if (!m_app.SendToDevice(id, MakePacket(m_app.Configuration().NodeID(), destination, kCmdGetVersion, destination))) {
-        return kVersionNotSent;
-    }
+    if (!m_app.SendToDevice(id, m_app.MakeRequest(id, kCmdGetVersion, destination))) { return kVersionNotSent; }
     PurgeStaleAnswers(m_versions, time(nullptr));
     const auto answer = WaitForAnswer(m_app.Lifetime(), m_versions, kQueryTiming,
                                       [=](const auto& candidate) { return candidate.deviceID == destination; });

@@ -6,20 +6,28 @@
 #include "protocol/commands.h"
 #include "zcu/zcu.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr unsigned kMergePeriodMs = 50;
 constexpr unsigned kVolumeReadPeriodMs = 20;
-constexpr unsigned kHandshakePauseMs = 20;
+constexpr unsigned kHandshakePauseMs = 20; // at least
 constexpr unsigned kHeartbeatPeriodMs = 10'000;
 constexpr unsigned kOffLinePassPeriodMs = 3'000;
+
+/// @return milliseconds until the stopwatch shows the period
+unsigned Remaining(const CQBTime& watch, unsigned periodMs) {
+    const unsigned shown = watch.TimeEnd();
+    return shown < periodMs ? periodMs - shown : 0;
+}
 
 } // namespace
 
 void CZCU::Initialization() {
-    StartThread("k740-refresh", [this] { ThreadRefreshDeviceStatus(); });
-    StartThread("k740-handshake", [this] { ThreadDeviceHandshake(); });
-    StartThread("k740-zcuclient", [this] { ThreadSendVirutalZCUStatus(); });
+    m_app.StartServiceThread("k740-refresh", [this] { ThreadRefreshDeviceStatus(); });
+    m_app.StartServiceThread("k740-handshake", [this] { ThreadDeviceHandshake(); });
+    m_app.StartServiceThread("k740-zcuclient", [this] { ThreadSendVirutalZCUStatus(); });
 }
 
 void CZCU::ThreadRefreshDeviceStatus() {
@@ -42,16 +50,26 @@ void CZCU::ThreadDeviceHandshake() {
     CQBTime sinceOffLinePass;
     sinceHeartbeat.TimeStart();
     sinceOffLinePass.TimeStart();
-    RunWorker(m_app.Lifetime(), kHandshakePauseMs, [&] {
-        if (sinceHeartbeat.TimeEnd() >= kHeartbeatPeriodMs) {
-            sinceHeartbeat.TimeStart();
-            SendHeartBeat(0);
-        }
-        if (sinceOffLinePass.TimeEnd() >= kOffLinePassPeriodMs) {
-            SetDeviceOffLine();
-            sinceOffLinePass.TimeStart();
-        }
-    });
+    while (!m_app.Lifetime().IsExiting()) {
+        ContainExceptions([&] {
+            if (sinceHeartbeat.TimeEnd() >= kHeartbeatPeriodMs) {
+                sinceHeartbeat.TimeStart();
+                SendHeartBeat(0);
+            }
+            if (sinceOffLinePass.TimeEnd() >= kOffLinePassPeriodMs) {
+                SetDeviceOffLine();
+                sinceOffLinePass.TimeStart();
+            }
+        });
+        const unsigned due =
+            std::min(Remaining(sinceHeartbeat, kHeartbeatPeriodMs), Remaining(sinceOffLinePass, kOffLinePassPeriodMs));
+        m_shutdown.Wait(std::max(due, kHandshakePauseMs));
+    }
+}
+
+void CZCU::WakeThreads() {
+    m_shutdown.Raise();
+    m_volumesAnswered.Raise();
 }
 
 void CZCU::ZCU_Response_ZCUStatusReq(const _vxa_cmd_packet_t* packet) {

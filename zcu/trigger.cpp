@@ -2,6 +2,7 @@
 #include "app/application.h"
 #include "common/answer_wait.h"
 #include "common/format.h"
+#include "devices/zone_string.h"
 #include "protocol/commands.h"
 #include "zcu/zcu.h"
 
@@ -24,13 +25,12 @@ constexpr uint16_t kResultAcceptedNoJoin = 255;
 constexpr uint16_t kJoined = 1;
 constexpr uint16_t kMaxPriority = 255;
 constexpr uint16_t kMaxRecovery = 1;
-constexpr uint32_t kMaxZoneMask = 255;
 constexpr uint32_t kPlayKind = 3;
 constexpr uint32_t kStreamKind = 32;
 
 bool IsRequestValid(const tagZCU_PARAM* param) {
     return param != nullptr && IsZoneControllerID(param->zcuID) && param->zoneMask >= 1 &&
-           param->zoneMask <= kMaxZoneMask && param->priority <= kMaxPriority;
+           param->zoneMask <= kEveryZoneMask && param->priority <= kMaxPriority;
 }
 
 int RefuseInvalid(TriggerOutcome& outcome) {
@@ -191,8 +191,7 @@ void CZCU::ZCU_Response_JoinMultiCast(const _vxa_cmd_packet_t* packet) {
     m_joinReports.Append(record);
 }
 
-void CZCU::ClearOutDateJoinMCastResponse() {
-    const time_t now = time(nullptr);
+void CZCU::ClearOutDateJoinMCastResponse(time_t now) {
     PurgeStaleAnswers(m_triggerAnswers, now);
     PurgeStaleAnswers(m_joinReports, now);
 }

@@ -66,7 +66,9 @@ void CZCU::ThreadResponsePlayTask(const _vxa_cmd_packet_t& packet, const std::st
     AnswerAsVirtual(packet, senderIP, kCmdTriggerTaskAnswer, MakeAcceptance(packet.sourceID, request));
     m_app.Lifetime().Pause(kJoinReportPauseMs);
     AnswerAsVirtual(packet, senderIP, kCmdJoinMulticastReport, MakeJoinReport(packet.sourceID, request));
-    play.instance = StartPlaying(play.source, play.virtualZCU, request);
+    const auto instance = StartPlaying(play.source, play.virtualZCU, request);
+    if (!instance) { return; }
+    play.instance = *instance;
     m_app.Lifetime().Pause(kReceiverPauseMs);
     const bool started = StartThread("k740-vzcu-audio", [this, play] { ThreadRecvMulticastAudio(play); });
     m_app.Callbacks().TrainMessage(play.source, play.virtualZCU, kPlayBegins);
@@ -90,9 +92,8 @@ void CZCU::ReceiveUntilOver(const VirtualPlay& play, CGroupReceiver& receiver) {
     const auto leave = [&](const char* reason) {
         m_app.Log().PushLog("", kLogInfo, Format("%s, virtual ZCU %d", reason, play.virtualZCU));
     };
-    CQBTime sinceLook;
+    CQBTime sinceLook; // not started: a receiver that was overtaken before it began hands nothing to the host
     CQBTime sinceDatagram;
-    sinceLook.TimeStart();
     sinceDatagram.TimeStart();
     for (; !m_app.Lifetime().IsExiting(); m_app.Lifetime().Pause(kPassPauseMs)) {
         if (sinceLook.TimeEnd() > kStillWantedMs) {

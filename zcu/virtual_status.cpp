@@ -8,8 +8,6 @@ namespace {
 
 constexpr unsigned kReportPeriodMs = 2'000;
 constexpr double kClientLifetimeSeconds = 60;
-constexpr uint8_t kZoneIdle = 4;
-constexpr uint8_t kZonePlaying = 5;
 
 } // namespace
 
@@ -35,10 +33,19 @@ int CZCU::GetZoneTask(int virtualZCU, uint16_t& source, uint16_t& task, uint32_t
     return 0;
 }
 
-PlayInstance CZCU::StartPlaying(int source, int virtualZCU, const _vxa_play_task_req_t_V2& request) {
+// The registry has forgotten the controller before this runs. So whoever finds it registered, with the lock held, may
+// still enter it: it is taken out again here.
+void CZCU::RemoveController(int id) {
+    const CQBSemLocker lock(&m_virtualState);
+    RemoveTaskZones(0, -1, id, RemoveZones::OfEveryTask);
+    m_status.Remove(id);
+}
+
+std::optional<PlayInstance> CZCU::StartPlaying(int source, int virtualZCU, const _vxa_play_task_req_t_V2& request) {
     PlayInstance instance = 0;
     {
         const CQBSemLocker lock(&m_virtualState);
+        if (!IsVirtual(static_cast<uint32_t>(virtualZCU))) { return std::nullopt; }
         RemoveTaskZones(source, -1, virtualZCU, RemoveZones::OfEveryTask);
         instance = NewTaskZones(source, virtualZCU, request);
         SetTaskAudioID(virtualZCU, source, static_cast<int>(request.taskID));
@@ -57,21 +64,22 @@ void CZCU::StopPlaying(int virtualZCU, const std::function<bool()>& remove) {
 }
 
 void CZCU::SetTaskAudioID(int virtualZCU, int source, int task) {
-    tagZCU_QUERYSTATUS2 record;
-    if (GetZCUStatus(virtualZCU, record) != 0) { return; }
-    record.status.zoneTasks[0] = static_cast<uint32_t>(source) << 16 | static_cast<uint32_t>(task);
-    if (source == 0 || task == 0) { record.status.zoneStates[0] = kZoneIdle; }
-    UpdateZCUStatus(record);
+    m_status.Change(virtualZCU, [=](tagZCU_QUERYSTATUS2& record) {
+        record.status.zoneTasks[0] = static_cast<uint32_t>(source) << 16 | static_cast<uint32_t>(task);
+        if (source == 0 || task == 0) { record.status.zoneStates[0] = kZoneIdle; }
+    });
 }
 
-void CZCU::PublishVirtualStatus(int virtualZCU, const std::function<tagZCU_QUERYSTATUS2(uint32_t taskWord)>& make) {
+bool CZCU::PublishVirtualStatus(int virtualZCU, const std::function<tagZCU_QUERYSTATUS2(uint32_t taskWord)>& make) {
     const CQBSemLocker lock(&m_virtualState);
+    if (!IsVirtual(static_cast<uint32_t>(virtualZCU))) { return false; }
     uint16_t source = 0;
     uint16_t task = 0;
     uint32_t group = 0;
     uint32_t port = 0;
     GetZoneTask(virtualZCU, source, task, group, port);
     UpdateZCUStatus(make(uint32_t{source} << 16 | task));
+    return true;
 }
 
 void CZCU::ThreadSendVirutalZCUStatus() {

@@ -21,8 +21,8 @@ int CZCU::ZCU_Request_AdjustVolume(const tagADJUST_DEVICE_VOLUME_REQ_V3* request
 
 template <typename Record> int CZCU::SendVolumeRequest(uint32_t id, uint16_t command, const Record& record) {
     if (!IsZoneControllerID(id)) { return -1; }
-    const _vxa_cmd_packet_t packet = MakePacket(m_app.Configuration().NodeID(), id, command, record);
-    return m_app.SendToDevice(static_cast<int>(id), packet) ? 0 : -1;
+    const auto deviceID = static_cast<int>(id);
+    return m_app.TrySendToDevice(deviceID, m_app.MakeRequest(deviceID, command, record)) == SendResult::Sent ? 0 : -1;
 }
 
 int CZCU::ZCU_Request_GetVolume_V2(int id) {
@@ -35,8 +35,7 @@ int CZCU::ZCU_Request_GetVolume_V3(int id) {
 
 int CZCU::SendVolumeRead(int id, uint16_t command) {
     if (!IsZoneControllerID(id)) { return -1; }
-    return m_app.SendToDevice(id, MakePacket(m_app.Configuration().NodeID(), static_cast<uint32_t>(id), command)) ? 0
-                                                                                                                  : -1;
+    return m_app.TrySendToDevice(id, m_app.MakeRequest(id, command)) == SendResult::Sent ? 0 : -1;
 }
 
 void CZCU::ZCU_Response_AdjustVolume_V2(const _vxa_cmd_packet_t* packet) {
@@ -67,9 +66,11 @@ void CZCU::SendDueVolumeRead() {
 void CZCU::ZCU_Response_GetVolume_V2(const _vxa_cmd_packet_t* packet) {
     if (!IsZoneControllerID(packet->sourceID)) { return; }
     m_volumesV2.Append({ReadPayload<_zcu_volumes_v2_t>(*packet), packet->sourceID, time(nullptr)});
+    m_volumesAnswered.Raise();
 }
 
 void CZCU::ZCU_Response_GetVolume_V3(const _vxa_cmd_packet_t* packet) {
     if (!IsZoneControllerID(packet->sourceID)) { return; }
     m_volumesV3.Append({ReadPayload<_zcu_volumes_v3_t>(*packet), packet->sourceID, time(nullptr)});
+    m_volumesAnswered.Raise();
 }

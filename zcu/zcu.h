@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/bounded_table.h"
+#include "common/wake_signal.h"
 #include "devices/status_table.h"
 #include "protocol/cmd_packet.h"
 #include "zcu/query_records.h"
@@ -12,9 +13,11 @@
 #include "zcu/volume_records.h"
 #include "zcu/zcu_status.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,6 +41,13 @@ struct TriggerOutcome {
     short joinResult = kTriggerOk; // kTriggerOk also when no report was awaited
 };
 
+inline constexpr std::size_t kMaxAnswers = 2048;         // that wait to be claimed, of each kind
+inline constexpr std::size_t kMaxStatusReports = 65'536; // that wait to be merged
+inline constexpr std::size_t kMaxStatuses = 500;
+inline constexpr std::size_t kMaxVolumeReads = 4096;
+inline constexpr std::size_t kMaxVirtualClients = 1024;
+inline constexpr std::size_t kMaxTaskExtensions = 50'000;
+
 /// @return 256 - p: devices rank the smaller number higher
 constexpr uint16_t ConvertPriority(uint16_t p) {
     return static_cast<uint16_t>(256 - p);
@@ -46,14 +56,16 @@ constexpr uint16_t ConvertPriority(uint16_t p) {
 /// Any thread may call anything.
 class CZCU {
 public:
-    using VolumeAnswersV2 = CBoundedTable<tagZCU_GETVOLUME_V2, 2048>;
-    using VolumeAnswersV3 = CBoundedTable<tagZCU_GETVOLUME_V3, 2048>;
+    using VolumeAnswersV2 = CBoundedTable<tagZCU_GETVOLUME_V2, kMaxAnswers>;
+    using VolumeAnswersV3 = CBoundedTable<tagZCU_GETVOLUME_V3, kMaxAnswers>;
 
     explicit CZCU(CK740ControlApp& app) : m_app(app) {}
     virtual ~CZCU() = default;
 
     /// Starts the threads that merge statuses, send heartbeats and report the status of virtual controllers.
     void Initialization();
+    /// Makes threads that wait for work notice the exit flag.
+    void WakeThreads();
 
     // Status and heartbeat.
 
@@ -66,8 +78,8 @@ public:
     /// @param out  cleared first. @return 0 with a copy, -1 when the ID has no status
     int GetZCUStatus(int id, tagZCU_QUERYSTATUS2& out) const;
     std::deque<tagZCU_QUERYSTATUS2> GetAllZCUStatus() const { return m_status.Copy(); }
-    /// Forgets a device that is no longer registered.
-    void RemoveStatus(int id) { m_status.Remove(id); }
+    /// Forgets a controller that is no longer registered: its status and, if it is virtual, what it plays.
+    void RemoveController(int id);
     /// Sends a heartbeat to one device, or with an ID below 1 to all registered ones.
     void SendHeartBeat(int id);
     /// @return 0 when IDs of this range get no heartbeat, else 1, sent or not
@@ -96,7 +108,7 @@ public:
     void ZCU_Response_TriggerTask(const _vxa_cmd_packet_t* packet);
     void ZCU_Response_JoinMultiCast(const _vxa_cmd_packet_t* packet);
     /// Drops the answers that nobody claimed for 120 s.
-    void ClearOutDateJoinMCastResponse();
+    void ClearOutDateJoinMCastResponse(time_t now = time(nullptr));
 
     // Requests that need no answer. Each returns 1 when it was sent, else 0.
 
@@ -123,6 +135,8 @@ public:
     void ZCU_Response_GetVolume_V3(const _vxa_cmd_packet_t* packet);
     VolumeAnswersV2& VolumesV2() { return m_volumesV2; }
     VolumeAnswersV3& VolumesV3() { return m_volumesV3; }
+    /// Waits until volumes have been answered since the last call, at most ms milliseconds. For one thread.
+    void AwaitVolumes(unsigned ms) { m_volumesAnswered.Wait(ms); }
 
     // Queries. They block until the device answers, for up to some 4 s.
 
@@ -159,8 +173,9 @@ public:
     int GetZoneTask(int virtualZCU, uint16_t& source, uint16_t& task, uint32_t& group, uint32_t& port) const;
     /// Puts in the status that make returns.
     /// @param make  given the task word, source << 16 | task, or 0; called with a lock held, so that the word stays
-    /// true
-    void PublishVirtualStatus(int virtualZCU, const std::function<tagZCU_QUERYSTATUS2(uint32_t taskWord)>& make);
+    ///              true
+    /// @return      whether the controller is a registered virtual one
+    bool PublishVirtualStatus(int virtualZCU, const std::function<tagZCU_QUERYSTATUS2(uint32_t taskWord)>& make);
 
     /// Sends the status of virtual controllers to all that have sent them heartbeats.
     void SendVirtualZCUStatus();
@@ -209,24 +224,28 @@ private:
     void ThreadRecvMulticastAudio(const VirtualPlay& play);
     void ReceiveUntilOver(const VirtualPlay& play, CGroupReceiver& receiver);
     /// The controller leaves what it plays for the requested task, as one step, and its clients are told.
-    PlayInstance StartPlaying(int source, int virtualZCU, const _vxa_play_task_req_t_V2& request);
+    /// @return nothing when the controller has been removed meanwhile
+    std::optional<PlayInstance> StartPlaying(int source, int virtualZCU, const _vxa_play_task_req_t_V2& request);
     /// The controller is idle if remove says so, as one step, and its clients are told.
     void StopPlaying(int virtualZCU, const std::function<bool()>& remove);
     /// Notes in the controller's status what it plays; 0, 0 for nothing.
     void SetTaskAudioID(int virtualZCU, int source, int task) K740_REQUIRES(m_virtualState);
 
     CK740ControlApp& m_app;
-    CStatusTable<tagZCU_QUERYSTATUS2, 65'536, 500> m_status;
-    CBoundedTable<tagZCU_TRIGGERTASK, 2048> m_triggerAnswers;
-    CBoundedTable<tagZCU_JOINMCAST, 2048> m_joinReports;
+    CStatusTable<tagZCU_QUERYSTATUS2, kMaxStatusReports, kMaxStatuses> m_status;
+    CBoundedTable<tagZCU_TRIGGERTASK, kMaxAnswers> m_triggerAnswers;
+    CBoundedTable<tagZCU_JOINMCAST, kMaxAnswers> m_joinReports;
     VolumeAnswersV2 m_volumesV2;
     VolumeAnswersV3 m_volumesV3;
-    CBoundedTable<tagGETVOLUME_PARAM, 4096> m_volumeReads;
-    CBoundedTable<tagQUERY_ZONE_MCAST_IP_RSP, 2048> m_zoneGroups;
-    CBoundedTable<tagQUERY_DEVICE_VERSION_RSP, 2048> m_versions;
+    CBoundedTable<tagGETVOLUME_PARAM, kMaxVolumeReads> m_volumeReads;
+    CBoundedTable<tagQUERY_ZONE_MCAST_IP_RSP, kMaxAnswers> m_zoneGroups;
+    CBoundedTable<tagQUERY_DEVICE_VERSION_RSP, kMaxAnswers> m_versions;
+
+    CWakeSignal m_volumesAnswered;
+    CWakeSignal m_shutdown; // of the handshake thread
 
     CQBSem m_virtualState; // what a virtual controller plays and what its status says change together
     CTaskZones m_taskZones;
-    CBoundedTable<tagVIRTUAL_ZCU_CLIENT_SOCKET, 1024> m_virtualClients;
-    CBoundedTable<tagPLAY_TASK_EXTEND, 50'000> m_taskExtensions;
+    CBoundedTable<tagVIRTUAL_ZCU_CLIENT_SOCKET, kMaxVirtualClients> m_virtualClients;
+    CBoundedTable<tagPLAY_TASK_EXTEND, kMaxTaskExtensions> m_taskExtensions;
 };

@@ -1,16 +1,22 @@
 // The status record of a zone controller and the list of those who listen to a virtual one.
 #pragma once
 
+#include "devices/status_table.h"
+
 #include <time.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
+/// States of a zone of a virtual controller.
+inline constexpr uint8_t kZoneIdle = 4;
+inline constexpr uint8_t kZonePlaying = 5;
+
 #pragma pack(push, 1)
 /// Payload of the status report 0x8126, 85 bytes.
 struct _zcu_status_payload_t {
-    uint8_t deviceStatus; // 255 off line, written by the library itself
+    uint8_t deviceStatus; // kStatusOffLine is written by the library itself
     uint8_t zoneStates[8];
     uint8_t amplifiers1to4[4];
     uint32_t deviceIDEcho;
@@ -34,8 +40,8 @@ struct tagZCU_QUERYSTATUS2 {
 
     bool operator==(int id) const { return DeviceID() == id; }
     int DeviceID() const { return static_cast<int>(deviceID); }
-    bool IsOffLine() const { return status.deviceStatus == 255; }
-    void SetOffLine() { status.deviceStatus = 255; }
+    bool IsOffLine() const { return status.deviceStatus == kStatusOffLine; }
+    void SetOffLine() { status.deviceStatus = kStatusOffLine; }
     time_t LastUpdate() const { return lastUpdate; }
     void Update(const tagZCU_QUERYSTATUS2& newer) {
         status = newer.status;

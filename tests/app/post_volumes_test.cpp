@@ -1,6 +1,8 @@
 // How volume answers become callbacks and callback-log lines.
 #include "app/application.h"
 #include "app/k740.h"
+#include "common/stopwatch.h"
+#include "protocol/commands.h"
 #include "tests/app/recording_host.h"
 #include "tests/support/private_network_fixture.h"
 #include "tests/support/sdk_log.h"
@@ -71,6 +73,22 @@ TEST_F(PostVolumesTest, EachAnswerIsPostedOnceVersion2First) {
     EXPECT_THAT(ids, ElementsAre(1, 3, 2));
 }
 
+TEST_F(PostVolumesTest, TheHostHasAPauseAfterEachAnswerLongerAfterVersion2) {
+    constexpr int kAnswers = 20;
+    m_app->Lifetime().Begin();
+    m_app->Callbacks().zcuVolume.Set(RecordingHost::OnVolumesV2);
+    const auto post = [this] {
+        CQBTime time;
+        time.TimeStart();
+        m_app->PostVolumes();
+        return time.TimeEnd_us();
+    };
+    for (std::uint32_t i = 0; i < kAnswers; ++i) { m_app->ZCU().VolumesV3().Append(AnswerV3(i + 1)); }
+    EXPECT_GE(post(), kAnswers * 2'000);
+    for (std::uint32_t i = 0; i < kAnswers; ++i) { m_app->ZCU().VolumesV2().Append(AnswerV2(i + 1)); }
+    EXPECT_GE(post(), kAnswers * 3'000);
+}
+
 TEST_F(PostVolumesTest, WithoutACallbackAnswersAreDropped) {
     m_app->ZCU().VolumesV2().Append(AnswerV2(1));
     m_app->ZCU().VolumesV3().Append(AnswerV3(2));
@@ -85,9 +103,11 @@ class VolumeDeliveryTest : public OnPrivateNetwork {};
 TEST_F(VolumeDeliveryTest, TheLibraryPostsAndLogsTheFirstEightVolumes) {
     K740_SetDeviceCallback(nullptr, nullptr, RecordingHost::OnVolumesV2, nullptr, nullptr, nullptr, nullptr);
     K740_EnableCallbackLog(1);
-    g_app->ZCU().VolumesV2().Append(AnswerV2(1));
+    const auto answerV2 = MakePacket(1, 9500, kCmdGetVolumeV2Answer, AnswerV2(1).volumes);
+    g_app->ZCU().ZCU_Response_GetVolume_V2(&answerV2);
     ASSERT_TRUE(WaitForCallbackLogLine("PZCUVOLUME", "(1,"));
-    g_app->ZCU().VolumesV3().Append(AnswerV3(2));
+    const auto answerV3 = MakePacket(2, 9500, kCmdGetVolumeV3Answer, AnswerV3(2).volumes);
+    g_app->ZCU().ZCU_Response_GetVolume_V3(&answerV3);
     ASSERT_TRUE(WaitForCallbackLogLine("PZCUVOLUME", "(2,"));
     EXPECT_THAT(LogTexts("PZCUVOLUME"),
                 ElementsAre("PZCUVOLUME(1, {19,0,-1,14,-1,-1,-1,-1})", "PZCUVOLUME(2, {19,18,1,0,-1,-235,-1,14})"));

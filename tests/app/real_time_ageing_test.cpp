@@ -56,6 +56,9 @@ TEST_F(RealTimeAgeingTest, DevicesThatFallSilentAreOffLineAfterAMinute) {
     EXPECT_TRUE(WaitUntil([] { return ControllerStatus() == 255 && StationState() == 255; }, kPatience));
     EXPECT_GT(Passed(), 60s);
     EXPECT_LT(Passed(), 70s);
+    const auto heartbeats = Field().Events().Count(sim::Received(kController, 0x0125));
+    EXPECT_GE(heartbeats, 6U); // the greeting, and one every 10 s
+    EXPECT_LE(heartbeats, 8U);
 }
 
 TEST_F(RealTimeAgeingTest, AnAnswerThatNobodyClaimsIsForgottenAfterTwoMinutes) {

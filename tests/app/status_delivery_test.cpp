@@ -112,6 +112,39 @@ TEST_F(StatusDeliveryTest, UnchangedStatusesAreToldEveryFiveSecondsAndPagingStat
     EXPECT_EQ(3U, m_host.zcuStatus.Matching(IsStatusOf(1, 1)).size());
 }
 
+TEST_F(StatusDeliveryTest, AFullPassTellsControllersBeforeStationsWithPausesBetween) {
+    for (const int id : {1, 2}) { AddController(id, "192.168.1.2" + std::to_string(id)); }
+    for (const int id : {5000, 5001}) {
+        ASSERT_EQ(0, K740_AddDevice(id, 2, ("192.168.8.9" + std::to_string(id % 10)).c_str()));
+    }
+    ASSERT_TRUE(m_host.rpkStatus.WaitFor([](const RPKStatusCall& call) { return call.values[0] == 5001; }));
+    const auto stations = m_host.rpkStatus.All();
+    auto controllers = m_host.zcuStatus.All();
+    std::erase_if(controllers, [&](const ZCUStatusCall& call) { return call.time > stations[0].time; });
+    ASSERT_EQ(2U, stations.size());
+    ASSERT_EQ(4U, controllers.size()) << "each when it was new, then in the pass";
+    EXPECT_EQ(1, controllers[2].deviceID);
+    EXPECT_EQ(2, controllers[3].deviceID);
+    EXPECT_GE(controllers[3].time - controllers[2].time, 1900us);
+    EXPECT_GE(stations[0].time - controllers[3].time, 1900us);
+    EXPECT_GE(stations[1].time - stations[0].time, 1900us);
+}
+
+TEST_F(StatusDeliveryTest, ThereIsAPauseAfterEachChange) {
+    auto& first = AddController(1, "192.168.1.20");
+    auto& second = AddController(2, "192.168.1.21");
+    ASSERT_TRUE(m_host.zcuStatus.WaitFor(IsStatusOf(2, 0)));
+    for (std::uint8_t status = 1; status <= 3; ++status) {
+        Send(first, status);
+        Send(second, status);
+        ASSERT_TRUE(m_host.zcuStatus.WaitFor(IsStatusOf(1, status)));
+        ASSERT_TRUE(m_host.zcuStatus.WaitFor(IsStatusOf(2, status)));
+        const auto gap = m_host.zcuStatus.Matching(IsStatusOf(2, status))[0].time -
+                         m_host.zcuStatus.Matching(IsStatusOf(1, status))[0].time;
+        EXPECT_GE(gap < gap.zero() ? -gap : gap, 900us);
+    }
+}
+
 // A callback that uses the whole interface: it would hang if a lock were held over it.
 std::atomic<int> g_callsBack{0};
 

@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <limits>
+#include <thread>
 #include <vector>
 
 namespace k740::test {
@@ -82,6 +85,12 @@ TEST(StatusTableTest, ADeviceIsOffLineMoreThan60SecondsAfterItsReport) {
     EXPECT_FALSE(IsOverdue(kThen, kThen - 1000)); // the clock was set back
 }
 
+TEST(StatusTableTest, TheClockMayJumpAnyDistance) {
+    constexpr time_t kFarthest = std::numeric_limits<time_t>::max();
+    EXPECT_TRUE(IsOverdue(kThen, kFarthest));
+    EXPECT_FALSE(IsOverdue(kFarthest, kThen));
+}
+
 TEST(StatusTableTest, AgeingMarksOverdueDevicesAndKeepsTheirTime) {
     Table table;
     table.Put({1, 7, kThen});
@@ -108,6 +117,53 @@ TEST(StatusTableTest, AReportBringsADeviceBack) {
     table.Report({1, 7, kThen + 100});
     table.Merge(EveryID);
     EXPECT_EQ((Status{1, 7, kThen + 100}), table.Find(1));
+}
+
+TEST(StatusTableTest, WhatIsPutInStaysWhenEarlierReportsAreMerged) {
+    Table table;
+    table.Report({1, 255});
+    table.Report({2, 7});
+    table.Put({1, 7});
+    table.Merge(EveryID);
+    EXPECT_THAT(table.Copy(), ElementsAre(Status{1, 7}, Status{2, 7}));
+}
+
+// A merge that has begun waits for the table, which this thread leaves and enters again at once.
+TEST(StatusTableTest, WhatIsPutInDuringAMergeStays) {
+    constexpr int kRounds = 200;
+    for (int round = 0; round < kRounds; ++round) {
+        Table table;
+        table.Put({1, 1});
+        table.Report({1, 255});
+        std::atomic<bool> begun{false};
+        std::thread merger;
+        table.Change(1, [&](Status&) {
+            merger = std::thread([&] {
+                begun = true;
+                table.Merge(EveryID);
+            });
+            while (!begun) { std::this_thread::yield(); }
+        });
+        table.Put({1, 7});
+        merger.join();
+        EXPECT_EQ((Status{1, 7}), table.Find(1)) << round;
+    }
+}
+
+TEST(StatusTableTest, AChangeIsOverwrittenByTheReportsThatWait) {
+    Table table;
+    table.Put({1, 1});
+    table.Report({1, 2});
+    table.Change(1, [](Status& status) { status.value = 3; });
+    EXPECT_EQ((Status{1, 3}), table.Find(1));
+    table.Merge(EveryID);
+    EXPECT_EQ((Status{1, 2}), table.Find(1));
+}
+
+TEST(StatusTableTest, AnUnknownDeviceIsNotChanged) {
+    Table table;
+    table.Change(1, [](Status&) { FAIL(); });
+    EXPECT_THAT(table.Copy(), IsEmpty());
 }
 
 TEST(StatusTableTest, ARemovedDeviceIsForgottenWithItsWaitingReports) {

@@ -1,6 +1,8 @@
 // In which order a call's packets, callbacks and log lines come, and what the host may do in its callback.
 #include "tests/intercom/call_fixture.h"
 
+#include <thread>
+
 namespace k740::test {
 namespace {
 
@@ -22,6 +24,32 @@ protected:
     static void React(IntercomHost::Reaction reaction) { Host().reaction = reaction; }
 
     ~CallOrderTest() override { React(nullptr); }
+
+    /// Lets an intercom that rings be hung up and marks the log when the station hears the first of the two answers.
+    /// @param call  how many calls were before
+    /// @return      whether the mark comes before the line; not always, as marking may take longer than the 20 ms
+    ///              between the answers
+    template <typename HangUp> bool IsMarkedBefore(const std::string& line, std::size_t call, HangUp hangUp) {
+        m_station.Invite(kIntercom);
+        EXPECT_TRUE(WaitForAnswers(3 * call + 1));
+        std::thread host(hangUp);
+        EXPECT_TRUE(WaitForAnswers(3 * call + 2));
+        g_app->Log().PushLog("", 0, kMarker);
+        host.join();
+        EXPECT_TRUE(WaitForAnswers(3 * call + 3));
+        const auto lines = static_cast<std::ptrdiff_t>(call + 1);
+        EXPECT_TRUE(WaitForExactLine(line, lines));
+        EXPECT_TRUE(WaitForExactLine(kMarker, lines));
+        const auto texts = LogTexts();
+        return std::find(texts.rbegin(), texts.rend(), line) < std::find(texts.rbegin(), texts.rend(), kMarker);
+    }
+    /// A line that came before the packets would never be behind the mark.
+    template <typename HangUp> bool ComesAfterThePackets(const std::string& line, HangUp hangUp) {
+        for (std::size_t call = 0; call < 20; ++call) {
+            if (IsMarkedBefore(line, call, hangUp)) { return true; }
+        }
+        return false;
+    }
 
     /// @return the lines of the log since the marker or the line of the packet, whichever came first
     static std::vector<std::string> LinesOfTheEvent(const std::string& last) {
@@ -73,6 +101,15 @@ TEST_F(CallOrderTest, MessagesAreLoggedOnlyWhileTheCallbackLogIsOn) {
     m_station.AnswerCall(kIntercom, 2);
     ASSERT_TRUE(WaitForCallbackLogLine(kMessageLog, "PINTERCOMMESSAGE(5000, 5500, 2)"));
     EXPECT_EQ(1U, LogTexts(kMessageLog).size());
+}
+
+TEST_F(CallOrderTest, HangingUpIsLoggedAfterItsPackets) {
+    EXPECT_TRUE(ComesAfterThePackets("K740_HangUp(5500)", [] { K740_HangUp(kIntercom); }));
+}
+
+TEST_F(CallOrderTest, TimeOutIsLoggedAfterItsPackets) {
+    EXPECT_TRUE(ComesAfterThePackets("Intercom 5500 hang up for ring is timeout.",
+                                     [] { g_app->Talker().MaintainTalkStatus(time(nullptr) + 60); }));
 }
 
 TEST_F(CallOrderTest, HostMayAcceptInTheCallback) {

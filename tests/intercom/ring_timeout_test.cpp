@@ -58,14 +58,6 @@ TEST_F(RingTimeoutTest, OwnInvitationsTimeOutToo) {
     EXPECT_THAT(Messages(), IsEmpty());
 }
 
-TEST_F(RingTimeoutTest, LineComesAfterThePackets) {
-    RingFromStation();
-    Maintain(Changed() + 60);
-    ASSERT_TRUE(WaitForExactLine(kLine));
-    ASSERT_TRUE(Field().WaitUntil([] { return true; }, kSoon)); // the station has read what had come by then
-    EXPECT_EQ(3U, CodesAt().size());
-}
-
 TEST_F(RingTimeoutTest, TalkingNeverTimesOut) {
     RingAndAccept();
     Maintain(Changed() + 1'000'000);

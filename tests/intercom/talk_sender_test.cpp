@@ -1,6 +1,10 @@
 // What the station hears of a call. Each call begins with some 3 s without the host's audio.
 #include "common/thread.h"
 #include "tests/intercom/talk_fixture.h"
+#include "tests/support/process_state.h"
+
+#include <filesystem>
+#include <utility>
 
 namespace k740::test {
 namespace {
@@ -17,6 +21,20 @@ sim::Bytes PrimingBytes() {
     writer.Put<std::uint16_t>(0x4A79).Fill(4, 0).Put<std::uint32_t>(kIntercom).Put<std::uint32_t>(kStation);
     writer.Put<std::uint16_t>(0x0155).Put<std::uint16_t>(0x0408).Fill(1034, 0);
     return writer.Get();
+}
+
+constexpr const char* kSenderName = "k740-talk-send";
+
+/// Blocks until the thread has not woken for longer than a datagram's period.
+void WaitUntilAtRest(const std::filesystem::path& thread) {
+    constexpr milliseconds kQuiet{100};
+    long sleeps = -1;
+    auto since = sim::Clock::now();
+    EXPECT_TRUE(WaitUntil([&] {
+        const long now = CountSleeps(thread);
+        if (std::exchange(sleeps, now) != now) { since = sim::Clock::now(); }
+        return sim::Clock::now() - since > kQuiet;
+    }));
 }
 
 TEST_F(TalkSenderTest, TwelveEmptyDatagramsComeBeforeTheAudioAndWhatWasPushedUntilThenIsDropped) {
@@ -127,7 +145,6 @@ TEST_F(TalkSenderTest, CallThatEndsEarlyStillSendsItsFirstTwelveAndNoMore) {
 
 TEST_F(TalkSenderTest, AudioGoesToWhereTheStationWasRegisteredWhenTheCallBegan) {
     RingAndAccept();
-    ASSERT_TRUE(WaitUntil([] { return RunningThreads() > 0; }));
     FillBuffer(kIntercom);
     ASSERT_TRUE(m_station.WaitForIntercomAudio(1, kSoon));
     ASSERT_EQ(0, K740_RemoveDevice(kStation));
@@ -135,15 +152,44 @@ TEST_F(TalkSenderTest, AudioGoesToWhereTheStationWasRegisteredWhenTheCallBegan) 
     EXPECT_TRUE(m_station.WaitForIntercomAudio(kPriming + 1, kSoon));
 }
 
-TEST_F(TalkSenderTest, IntercomThatIsRemovedDuringTheCallStopsSending) {
+TEST_F(TalkSenderTest, SenderThatHasNothingToSendEndsWithItsCallAtOnce) {
     RingAndAccept();
     FillBuffer(kIntercom);
-    ASSERT_TRUE(PushAfterDiscard(kIntercom, Noise(100 * kFrameSamplesHeard)));
+    ASSERT_TRUE(PushAfterDiscard(kIntercom, Noise(kFrameSamplesHeard)));
     ASSERT_TRUE(m_station.WaitForIntercomAudio(kPriming + 1, kSoon));
-    ASSERT_EQ(0, K740_RemoveDevice(kIntercom));
-    EXPECT_TRUE(WaitForExactLine(EndLine()));
-    EXPECT_EQ(-2, K740_HangUp(kIntercom));
-    EXPECT_EQ(-1, K740_GetIntercomStatus(kIntercom, nullptr, nullptr));
+    const auto senders = ThreadsNamed(kSenderName);
+    ASSERT_THAT(senders, SizeIs(1));
+    WaitUntilAtRest(senders[0]);
+    m_station.AnswerCall(kIntercom, 2);
+    EXPECT_TRUE(WaitUntil([] { return ThreadsNamed(kSenderName).empty(); }, milliseconds(5'000)))
+        << "it would not have looked of itself for another 10 s";
+}
+
+TEST_F(TalkSenderTest, AudioOfOneCallLeavesTheSendersOfOthersAsleep) {
+    constexpr std::size_t kFrames = 20;
+    Talk(m_otherStation, kOtherIntercom);
+    ASSERT_TRUE(WaitUntil([] { return ThreadsNamed(kSenderName).size() == 1; }));
+    const auto other = ThreadsNamed(kSenderName).at(0);
+    Talk(m_station, kIntercom);
+    FillBuffer(kIntercom);
+    FillBuffer(kOtherIntercom);
+    ASSERT_TRUE(PushAfterDiscard(kOtherIntercom, Noise(kFrameSamplesHeard)));
+    ASSERT_TRUE(m_otherStation.WaitForIntercomAudio(kPriming + 1, kSoon));
+    WaitUntilAtRest(other);
+    const long before = CountSleeps(other);
+    for (std::size_t i = 1; i <= kFrames; ++i) {
+        ASSERT_TRUE(PushAfterDiscard(kIntercom, Noise(kFrameSamplesHeard)));
+        ASSERT_TRUE(m_station.WaitForIntercomAudio(kPriming + i, kSoon));
+    }
+    const long after = CountSleeps(other);
+    EXPECT_GE(after, before) << "it has not ended";
+    EXPECT_LT(after, before + static_cast<long>(kFrames) / 2);
+}
+
+TEST_F(TalkSenderTest, CallWhoseSocketCannotBeMadeIsLogged) {
+    RingFromStation();
+    ASSERT_EQ(0, g_app->Talker().ProcessRPKAccept(kIntercom, 5'999)); // without an address, as it is not registered
+    EXPECT_TRUE(WaitForExactLine("*****No socket for the audio of intercom 5500."));
 }
 
 } // namespace

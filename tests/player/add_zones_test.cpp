@@ -33,13 +33,17 @@ TEST_F(AddZonesTest, ATaskThatIsNotBroadcastingIsMinus2) {
 }
 
 TEST_F(AddZonesTest, ATaskOfAnotherSourceIsMinus2) {
-    tagTASK_STATUS record;
-    record.taskID = kTask;
-    record.status = 2;
+    CTaskStatusTable& table = g_app->Player().Status();
     for (const int source : {0, 3}) {
+        tagTASK_STATUS record;
+        record.taskID = kTask;
+        record.status = 2;
         record.audioSource = static_cast<short>(source);
-        g_app->Player().Status().Set(record);
+        ASSERT_EQ(CTaskStatusTable::Acceptance::Accepted, table.Accept(kTask, std::nullopt, record.instance));
+        ASSERT_TRUE(table.BeginBroadcast(record));
         EXPECT_EQ(-2, K740_AddZones(kTask, kZones));
+        table.Conclude(kTask, record.instance, 0);
+        table.Forget(kTask, record.instance);
     }
     EXPECT_TRUE(WaitForExactLine("*****Faile to add zones, task 1001 audiosource is error.", 2));
 }

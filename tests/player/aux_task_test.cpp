@@ -45,24 +45,23 @@ TEST_F(AUXTaskTest, RequestsCarryTheDeviceItsPortAndTheHostsGroup) {
 
 TEST_F(AUXTaskTest, TheStatusRecordNamesTheSource) {
     StartAndPlay({.recovery = 1, .dryContact = 1});
-    const auto record = g_app->Player().Status().Find(kTask);
-    ASSERT_TRUE(record);
-    EXPECT_EQ(2, record->status);
-    EXPECT_EQ(0, record->channelID);
-    EXPECT_EQ("225.1.2.3", record->multicastIP);
-    EXPECT_EQ(70, record->priority);
-    EXPECT_EQ(1, record->dryContactOutput);
-    EXPECT_EQ(1, record->sequence);
-    EXPECT_EQ(1, record->recovery);
-    EXPECT_EQ(2, record->audioSource);
-    EXPECT_EQ(7001, record->deviceID);
-    EXPECT_EQ(4, record->auxPort);
+    const tagTASK_STATUS record = RecordOf(kTask);
+    EXPECT_EQ(2, record.status);
+    EXPECT_EQ(0, record.channelID);
+    EXPECT_EQ("225.1.2.3", record.multicastIP);
+    EXPECT_EQ(70, record.priority);
+    EXPECT_EQ(1, record.dryContactOutput);
+    EXPECT_EQ(1, record.sequence);
+    EXPECT_EQ(1, record.recovery);
+    EXPECT_EQ(2, record.audioSource);
+    EXPECT_EQ(7001, record.deviceID);
+    EXPECT_EQ(4, record.auxPort);
 }
 
 TEST_F(AUXTaskTest, AGroupTextIsKeptUpTo48Characters) {
     const std::string group = "225.1.2.3" + std::string(60, ' ');
     StartAndPlay({.multicastIP = group.c_str()});
-    EXPECT_EQ(group.substr(0, 48), g_app->Player().Status().Find(kTask)->multicastIP);
+    EXPECT_EQ(group.substr(0, 48), RecordOf(kTask).multicastIP);
 }
 
 TEST_F(AUXTaskTest, ItTakesNoChannelAndNoAudioOfTheHost) {
@@ -168,7 +167,7 @@ TEST_F(AUXTaskTest, AStreamMayFollowAnAUXTaskOfTheSameID) {
     StartAndPlay();
     StopAndWait();
     StartAndBroadcast();
-    EXPECT_EQ(1, g_app->Player().Status().Find(kTask)->audioSource);
+    EXPECT_EQ(1, RecordOf(kTask).audioSource);
 }
 
 TEST_F(AUXTaskTest, AStopIsNoticedWithin150Milliseconds) {

@@ -60,6 +60,13 @@ inline int StartAUX(const AUXArguments& task = {}) {
                                 task.recovery, task.zones, task.dryContact);
 }
 
+/// @return what the library knows of a task
+inline tagTASK_STATUS RecordOf(int taskID) {
+    tagTASK_STATUS record;
+    EXPECT_EQ(0, g_app->Player().Status().GetTaskStatus(taskID, record)) << taskID;
+    return record;
+}
+
 /// Gives bytes of audio to a task in one call.
 inline int PushBytes(int taskID, std::vector<std::uint8_t> bytes) {
     return K740_SendAudioStreamProc(taskID, bytes.data(), static_cast<int>(bytes.size()));

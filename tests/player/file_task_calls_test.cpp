@@ -1,6 +1,7 @@
 // What K740_StartAudioFileTask returns and logs.
 #include "tests/player/file_task_fixture.h"
 
+#include <atomic>
 #include <thread>
 
 namespace k740::test {
@@ -97,6 +98,52 @@ TEST_F(FileTaskCallsTest, ATaskThatIsStoppedBeforeItBroadcastsIsMinusFour) {
     Reports().OnNext(kTask, 1, [] { std::thread([] { K740_StopTask(kTask); }).detach(); });
     EXPECT_EQ(-4, PlayFiles({.files = "file.pcm"}));
     EXPECT_TRUE(WaitForExactLine("*****Failed to start task 1001"));
+}
+
+TEST_F(FileTaskCallsTest, WithinTheReportsOfItsOwnFormerRunItIsMinusFour) {
+    WriteNoise("file.pcm", 5000);
+    for (const int state : {1, 2}) {
+        std::atomic<int> result{0};
+        Reports().OnNext(kTask, state, [&] {
+            K740_StopTask(kTask);
+            result = PlayFiles({.files = "file.pcm"});
+        });
+        std::thread([] { Start(); }).detach();
+        EXPECT_TRUE(WaitUntil([&] { return result != 0; })) << state;
+        EXPECT_EQ(-4, result) << state;
+        EXPECT_TRUE(WaitUntil([] { return !g_app->Player().Status().HasThreads(); })) << state;
+    }
+    EXPECT_EQ((std::vector<int>{1, 0, 1, 2, 0}), Reports().Of(kTask));
+    EXPECT_TRUE(WaitForExactLine("*****Failed to start task 1001", 2));
+}
+
+TEST_F(FileTaskCallsTest, WithinTheReportOfAnotherTaskItPlays) {
+    WriteNoise("file.pcm", kHeaderBytes + kChunkBytes);
+    std::atomic<int> result{-9};
+    Reports().OnNext(kTask, 2, [&] { result = PlayFiles({.taskID = 2002, .files = "file.pcm"}); });
+    ASSERT_EQ(0, Start());
+    EXPECT_TRUE(WaitUntil([&] { return result == 0; }));
+}
+
+TEST_F(FileTaskCallsTest, WithinTheReportOfItsFormerEndItPlays) {
+    WriteNoise("file.pcm", kHeaderBytes + kChunkBytes);
+    std::atomic<int> result{-9};
+    Reports().OnNext(kTask, 0, [&] { result = PlayFiles({.files = "file.pcm"}); });
+    StartAndBroadcast();
+    ASSERT_EQ(0, K740_StopTask(kTask));
+    EXPECT_TRUE(WaitUntil([&] { return result == 0; }));
+}
+
+TEST_F(FileTaskCallsTest, AShutdownBeforeItBroadcastsIsMinusFour) {
+    Reply(sim::PlayReply::Silent);
+    std::atomic<int> result{0};
+    std::thread host([&] { result = PlayFiles({.files = "file.pcm"}); });
+    WaitForPacket(kController, sim::command::kPlay);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(0, K740_Deinitialize());
+    host.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s); // not when its controller is given up, after 4 s
+    EXPECT_EQ(-4, result);
 }
 
 TEST_F(FileTaskCallsTest, PlayedFilesAreZeroAndTheTaskIsStopped) {

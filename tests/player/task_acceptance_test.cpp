@@ -17,7 +17,7 @@ template <typename Arguments, typename StartTask>
 void ExpectRefused(const std::vector<Arguments>& calls, const std::string& line, StartTask start) {
     for (const Arguments& call : calls) {
         EXPECT_EQ(-1, start(call)) << line;
-        EXPECT_EQ(0, g_app->Player().Status().Status(call.taskID)) << line;
+        EXPECT_EQ(0, g_app->Player().Status().GetTaskStatus(call.taskID)) << line;
         EXPECT_TRUE(Reports().Of(call.taskID).empty()) << line;
     }
     EXPECT_TRUE(WaitForExactLine("*****" + line, static_cast<std::ptrdiff_t>(calls.size()))) << line;
@@ -121,6 +121,21 @@ TEST_F(TaskAcceptanceTest, ABroadcastingTaskIsNotStartedAgain) {
     EXPECT_EQ((std::vector<int>{1, 2}), Reports().Of(kTask));
 }
 
+TEST_F(TaskAcceptanceTest, ABadArgumentCountsBeforeARunningTask) {
+    StartAndBroadcast();
+    for (const StreamArguments& call :
+         {StreamArguments{.priority = 55}, StreamArguments{.zones = ""}, StreamArguments{.volume = 101},
+          StreamArguments{.recovery = 2}, StreamArguments{.dryContact = 2}}) {
+        EXPECT_EQ(-1, Start(call));
+    }
+    for (const AUXArguments& call :
+         {AUXArguments{.priority = 55}, AUXArguments{.deviceID = 0}, AUXArguments{.multicastIP = ""},
+          AUXArguments{.zones = ""}, AUXArguments{.recovery = 2}, AUXArguments{.dryContact = 2}}) {
+        EXPECT_EQ(-1, StartAUX(call));
+    }
+    EXPECT_EQ(2, K740_GetTaskStatus(kTask));
+}
+
 TEST_F(TaskAcceptanceTest, AUXTaskIDsAre1To50000) {
     EXPECT_EQ(0, StartAUX({.taskID = 1}));
     EXPECT_EQ(0, StartAUX({.taskID = 50000}));
@@ -203,8 +218,8 @@ TEST_F(TaskAcceptanceTest, SequencesAreDrawnOnAcceptanceOnly) {
     EXPECT_EQ(0, StartAUX({.taskID = 2}));
     ASSERT_TRUE(Reports().WaitFor(1, 2));
     ASSERT_TRUE(Reports().WaitFor(2, 2));
-    EXPECT_TRUE(WaitUntil([] { return g_app->Player().Status().Find(2)->sequence == 2; }));
-    EXPECT_EQ(1, g_app->Player().Status().Find(1)->sequence);
+    EXPECT_EQ(1, RecordOf(1).sequence);
+    EXPECT_EQ(2, RecordOf(2).sequence);
 }
 
 TEST_F(TaskAcceptanceTest, The256thSequenceIsOneAgain) {

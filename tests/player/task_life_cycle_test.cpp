@@ -70,10 +70,10 @@ TEST_F(TaskLifeCycleTest, TheInterfaceIsNamedInTheLogAndCarriesTheStream) {
 TEST_F(TaskLifeCycleTest, TheStatusRecordIsCompleteInTheReportOfState2) {
     std::atomic<int> checked{0};
     Reports().OnNext(kTask, 2, [&] {
-        const auto record = g_app->Player().Status().Find(kTask);
-        if (record && record->status == 2 && record->channelID == 0 && record->multicastIP == "225.0.0.1" &&
-            record->priority == 70 && record->dryContactOutput == 1 && record->sequence == 1 && record->recovery == 1 &&
-            record->audioSource == 1 && record->deviceID == 0 && record->auxPort == 0) {
+        const tagTASK_STATUS record = RecordOf(kTask);
+        if (record.status == 2 && record.channelID == 0 && record.multicastIP == "225.0.0.1" && record.priority == 70 &&
+            record.dryContactOutput == 1 && record.sequence == 1 && record.recovery == 1 && record.audioSource == 1 &&
+            record.deviceID == 0 && record.auxPort == 0) {
             ++checked;
         }
     });
@@ -166,7 +166,7 @@ TEST_F(TaskLifeCycleTest, AStopIsNoticedAtOnce) {
     EXPECT_LT(close->time - stopped, 100ms);
 }
 
-TEST_F(TaskLifeCycleTest, AStopIsNoticedAlsoWhileAudioIsWaiting) {
+TEST_F(TaskLifeCycleTest, AStopWhileTheSlotIsFullEndsTheTask) {
     m_controller.SetKeep(sim::Keep::Counts);
     StartAndBroadcast({.recovery = 1});
     std::atomic<int> pushes{0};
@@ -182,6 +182,16 @@ TEST_F(TaskLifeCycleTest, AStopIsNoticedAlsoWhileAudioIsWaiting) {
     EXPECT_EQ(0, K740_StopTask(kTask));
     EXPECT_TRUE(Reports().WaitFor(kTask, 0, 1, 2s));
     host.join();
+}
+
+TEST_F(TaskLifeCycleTest, WhatWasPushedBeforeAStopIsSentAlsoAfterSilence) {
+    constexpr std::size_t kFrames = 3;
+    StartAndBroadcast();
+    const auto silent = std::chrono::steady_clock::now();
+    ASSERT_TRUE(WaitUntil([&] { return std::chrono::steady_clock::now() - silent > 110ms; }));
+    EXPECT_TRUE(PushAudio(kTask, Noise(kFrames * 2048), 4096));
+    StopAndWait();
+    EXPECT_TRUE(m_controller.WaitForDatagrams(kFrames, kSoon));
 }
 
 TEST_F(TaskLifeCycleTest, StoppedWithinTheReportOfState1ItEndsWithoutBroadcasting) {
@@ -302,6 +312,19 @@ TEST_F(TaskLifeCycleTest, StoppedTwiceWhileItIsTriggeredNoFailureOfTheFirstIsLef
     ASSERT_TRUE(WaitUntil([] { return !g_app->Player().Status().HasThreads(); }, kSoon));
     EXPECT_EQ(Reports().Of(kTask).back(), K740_GetTaskStatus(kTask));
     EXPECT_EQ(0, Reports().Of(kTask)[2]); // the first task, which was overtaken
+}
+
+TEST_F(TaskLifeCycleTest, AShutdownEndsATaskThatWaitsForItsFormerRun) {
+    std::atomic<bool> goOn{false};
+    Reports().OnNext(kTask, 2, [&] { WaitUntil([&] { return goOn.load(); }); });
+    StartAndBroadcast();
+    ASSERT_EQ(0, K740_StopTask(kTask));
+    ASSERT_EQ(0, Start());
+    EXPECT_EQ(0, K740_Deinitialize());
+    EXPECT_TRUE(Reports().WaitFor(kTask, 0, 1, kSoon)); // while the former one is still in its report
+    goOn = true;
+    EXPECT_TRUE(Reports().WaitFor(kTask, 0, 2));
+    EXPECT_EQ(1U, ReceivedBy(kController, kPlay).size());
 }
 
 TEST_F(TaskLifeCycleTest, TwoHostThreadsThatStartOneTaskStartItOnce) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <thread>
@@ -25,51 +26,43 @@ protected:
         record.taskID = taskID;
         record.status = kTaskBroadcasting;
         record.priority = 70;
-        return m_table.BeginBroadcast(instance, record);
+        record.instance = instance;
+        return m_table.BeginBroadcast(record);
+    }
+    /// Leaves a task that has failed.
+    void Fail(int taskID, short status) {
+        const TaskInstance instance = Accept(taskID);
+        EXPECT_EQ(status, m_table.Conclude(taskID, instance, status));
+        m_table.Forget(taskID, instance);
+    }
+    /// @return how many tasks have a state of 1 or 2
+    int Running() {
+        std::vector<int> ids(1000, -7);
+        m_table.ListRunning(ids.data(), 1000);
+        return static_cast<int>(std::count_if(ids.begin(), ids.end(), [](int id) { return id > 0; }));
     }
 
     CTaskStatusTable m_table;
 };
 
 TEST_F(TaskStatusTest, AnUnknownTaskHasStateZero) {
-    EXPECT_EQ(0, m_table.Status(1));
-    EXPECT_FALSE(m_table.Find(1));
+    EXPECT_EQ(0, m_table.GetTaskStatus(1));
+    tagTASK_STATUS record;
+    record.priority = 70;
+    EXPECT_EQ(-1, m_table.GetTaskStatus(1, record));
+    EXPECT_EQ(0, record.priority);
 }
 
 TEST_F(TaskStatusTest, AnAcceptedTaskHasStateOneAndNothingElse) {
-    Accept(1);
-    const auto record = m_table.Find(1);
-    ASSERT_TRUE(record);
-    EXPECT_EQ(1, record->status);
-    EXPECT_EQ(0, record->priority);
-    EXPECT_EQ(0, record->audioSource);
-    EXPECT_EQ("", record->multicastIP);
-}
-
-TEST_F(TaskStatusTest, SetChangesAppendsAndRemoves) {
-    m_table.Set(1, -3);
-    EXPECT_EQ(-3, m_table.Status(1));
-    m_table.Set(1, 2);
-    EXPECT_EQ(2, m_table.Status(1));
-    m_table.Set(1, 0);
-    EXPECT_FALSE(m_table.Find(1));
-    m_table.Set(2, 0);
-    EXPECT_FALSE(m_table.Find(2));
-}
-
-TEST_F(TaskStatusTest, SetWithARecordReplacesTheEntryAndStateZeroRemovesIt) {
+    const TaskInstance instance = Accept(1);
     tagTASK_STATUS record;
-    record.taskID = 1;
-    record.status = 2;
-    record.priority = 99;
-    m_table.Set(record);
-    EXPECT_EQ(99, m_table.Find(1)->priority);
-    record.priority = 100;
-    m_table.Set(record);
-    EXPECT_EQ(100, m_table.Find(1)->priority);
-    record.status = 0;
-    m_table.Set(record);
-    EXPECT_FALSE(m_table.Find(1));
+    EXPECT_EQ(0, m_table.GetTaskStatus(1, record));
+    EXPECT_EQ(1, record.taskID);
+    EXPECT_EQ(1, record.status);
+    EXPECT_EQ(0, record.priority);
+    EXPECT_EQ(0, record.audioSource);
+    EXPECT_EQ("", record.multicastIP);
+    EXPECT_EQ(instance, record.instance);
 }
 
 TEST_F(TaskStatusTest, ARunningTaskIsNotAcceptedAgain) {
@@ -81,9 +74,10 @@ TEST_F(TaskStatusTest, ARunningTaskIsNotAcceptedAgain) {
 
 TEST_F(TaskStatusTest, AFailedTaskIsAcceptedAgain) {
     for (const int failure : {-1, -2, -3}) {
-        m_table.Set(1, static_cast<short>(failure));
+        Fail(1, static_cast<short>(failure));
         Accept(1);
-        EXPECT_EQ(1, m_table.Status(1));
+        EXPECT_EQ(1, m_table.GetTaskStatus(1));
+        m_table.Remove(1);
     }
 }
 
@@ -91,13 +85,13 @@ TEST_F(TaskStatusTest, TheLimitCountsAcceptedAndBroadcastingTasks) {
     TaskInstance instance = Accept(1);
     EXPECT_TRUE(Broadcast(1, instance));
     Accept(2);
-    m_table.Set(3, -3);
-    EXPECT_EQ(2, m_table.RunningTasks());
+    Fail(3, -3);
+    EXPECT_EQ(2, Running());
     EXPECT_EQ(Acceptance::Accepted, m_table.Accept(4, 3, instance));
     EXPECT_EQ(Acceptance::LimitReached, m_table.Accept(5, 3, instance));
-    EXPECT_EQ(-1, m_table.Status(5));
+    EXPECT_EQ(-1, m_table.GetTaskStatus(5));
     EXPECT_EQ(Acceptance::LimitReached, m_table.Accept(3, 3, instance));
-    EXPECT_EQ(-1, m_table.Status(3));
+    EXPECT_EQ(-1, m_table.GetTaskStatus(3));
 }
 
 TEST_F(TaskStatusTest, ARunningTaskIsReportedAsRunningEvenAtTheLimit) {
@@ -107,7 +101,7 @@ TEST_F(TaskStatusTest, ARunningTaskIsReportedAsRunningEvenAtTheLimit) {
 
 TEST_F(TaskStatusTest, RunningTasksAreListedInOrderAndAllEntriesAreCounted) {
     Accept(30);
-    m_table.Set(20, -3);
+    Fail(20, -3);
     Accept(10);
     std::array<int, 4> ids{-7, -7, -7, -7};
     EXPECT_EQ(3, m_table.ListRunning(ids.data(), 4));
@@ -126,17 +120,17 @@ TEST_F(TaskStatusTest, RemoveTellsTheStateThatWas) {
     EXPECT_EQ(0, m_table.Remove(1));
     Accept(1);
     EXPECT_EQ(1, m_table.Remove(1));
-    m_table.Set(1, -2);
+    Fail(1, -2);
     EXPECT_EQ(-2, m_table.Remove(1));
-    EXPECT_EQ(0, m_table.Status(1));
+    EXPECT_EQ(0, m_table.GetTaskStatus(1));
 }
 
 TEST_F(TaskStatusTest, AStoppedTaskIsNotBroughtBackByItsThread) {
     const TaskInstance instance = Accept(1);
     m_table.Remove(1);
-    EXPECT_TRUE(m_table.IsStopped(1, instance));
+    EXPECT_TRUE(m_table.IsTaskStoped(1, instance));
     EXPECT_FALSE(Broadcast(1, instance));
-    EXPECT_EQ(0, m_table.Status(1));
+    EXPECT_EQ(0, m_table.GetTaskStatus(1));
 }
 
 TEST_F(TaskStatusTest, ALaterAcceptanceStopsTheEarlierThread) {
@@ -144,12 +138,12 @@ TEST_F(TaskStatusTest, ALaterAcceptanceStopsTheEarlierThread) {
     EXPECT_TRUE(Broadcast(1, first));
     m_table.Remove(1);
     const TaskInstance second = Accept(1);
-    EXPECT_TRUE(m_table.IsStopped(1, first));
+    EXPECT_TRUE(m_table.IsTaskStoped(1, first));
     EXPECT_TRUE(m_table.IsSuperseded(1, first));
     EXPECT_FALSE(m_table.IsSuperseded(1, second));
-    EXPECT_FALSE(m_table.IsStopped(1, second));
+    EXPECT_FALSE(m_table.IsTaskStoped(1, second));
     EXPECT_FALSE(Broadcast(1, first));
-    EXPECT_EQ(1, m_table.Status(1));
+    EXPECT_EQ(1, m_table.GetTaskStatus(1));
 }
 
 TEST_F(TaskStatusTest, TheEarlierThreadsEndLeavesTheLaterTaskAlone) {
@@ -161,7 +155,7 @@ TEST_F(TaskStatusTest, TheEarlierThreadsEndLeavesTheLaterTaskAlone) {
     EXPECT_EQ(Predecessor::TellingTheHost, m_table.FindPredecessor(1, second));
     m_table.Forget(1, first);
     EXPECT_EQ(Predecessor::None, m_table.FindPredecessor(1, second));
-    EXPECT_EQ(1, m_table.Status(1));
+    EXPECT_EQ(1, m_table.GetTaskStatus(1));
 }
 
 TEST_F(TaskStatusTest, AFailureOfTheEarlierThreadIsReportedAsStopped) {
@@ -169,14 +163,14 @@ TEST_F(TaskStatusTest, AFailureOfTheEarlierThreadIsReportedAsStopped) {
     m_table.Remove(1);
     Accept(1);
     EXPECT_EQ(0, m_table.Conclude(1, first, -3));
-    EXPECT_EQ(1, m_table.Status(1));
+    EXPECT_EQ(1, m_table.GetTaskStatus(1));
 }
 
 TEST_F(TaskStatusTest, AFailureStaysToBeSeenAlsoWhenTheTaskWasStopped) {
     const TaskInstance instance = Accept(1);
     m_table.Remove(1);
     EXPECT_EQ(-3, m_table.Conclude(1, instance, -3));
-    EXPECT_EQ(-3, m_table.Status(1));
+    EXPECT_EQ(-3, m_table.GetTaskStatus(1));
 }
 
 TEST_F(TaskStatusTest, TheFirstThreadHasNoPredecessor) {
@@ -200,9 +194,9 @@ TEST_F(TaskStatusTest, AnEarlierThreadsFailureIsNotSeenWhenTheLaterTaskWasStoppe
     EXPECT_TRUE(m_table.IsSuperseded(1, first));
     EXPECT_FALSE(m_table.IsSuperseded(1, second));
     EXPECT_EQ(0, m_table.Conclude(1, first, -3));
-    EXPECT_EQ(0, m_table.Status(1));
+    EXPECT_EQ(0, m_table.GetTaskStatus(1));
     EXPECT_EQ(0, m_table.Conclude(1, second, 0));
-    EXPECT_EQ(0, m_table.Status(1));
+    EXPECT_EQ(0, m_table.GetTaskStatus(1));
 }
 
 TEST_F(TaskStatusTest, ARefusalForWantOfChannelsOutlivesTheEarlierThread) {
@@ -211,16 +205,23 @@ TEST_F(TaskStatusTest, ARefusalForWantOfChannelsOutlivesTheEarlierThread) {
     TaskInstance refused = 0;
     EXPECT_EQ(CTaskStatusTable::Acceptance::LimitReached, m_table.Accept(1, 0, refused));
     EXPECT_EQ(0, m_table.Conclude(1, first, 0));
-    EXPECT_EQ(-1, m_table.Status(1));
+    EXPECT_EQ(-1, m_table.GetTaskStatus(1));
+}
+
+TEST_F(TaskStatusTest, AnAcceptanceIsOverOnceItClosesItsAudio) {
+    const TaskInstance first = Accept(1);
+    EXPECT_FALSE(m_table.IsOver(1, first));
+    m_table.Remove(1);
+    EXPECT_FALSE(m_table.IsOver(1, first)); // it still has to close what plays
+    const TaskInstance second = Accept(1);
+    m_table.BeginClosing(1, first);
+    EXPECT_TRUE(m_table.IsOver(1, first));
+    EXPECT_FALSE(m_table.IsOver(1, second));
+    EXPECT_EQ(Predecessor::Working, m_table.FindPredecessor(1, second)); // its requests may not have been sent yet
 }
 
 TEST_F(TaskStatusTest, AnAcceptanceIsOverOnceItIsConcluded) {
     const TaskInstance first = Accept(1);
-    EXPECT_FALSE(m_table.IsOver(1, first));
-    EXPECT_EQ(first, m_table.Owner(1));
-    m_table.Remove(1);
-    EXPECT_FALSE(m_table.IsOver(1, first)); // it still has to close what plays
-    EXPECT_EQ(0U, m_table.Owner(1));
     m_table.Conclude(1, first, 0);
     EXPECT_TRUE(m_table.IsOver(1, first));
     EXPECT_TRUE(m_table.HasThreads());
@@ -256,7 +257,7 @@ TEST_F(TaskStatusTest, ConcurrentStartsDoNotPassTheLimit) {
     }
     for (std::thread& host : hosts) { host.join(); }
     EXPECT_EQ(200, accepted);
-    EXPECT_EQ(200, m_table.RunningTasks());
+    EXPECT_EQ(200, Running());
 }
 
 } // namespace

@@ -5,7 +5,9 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace k740::test {
 namespace {
@@ -28,6 +30,12 @@ private:
     rlimit m_before{};
 };
 
+/// @return the threads of this process, those on their way out too
+std::ptrdiff_t CountThreads() {
+    const std::filesystem::directory_iterator threads("/proc/self/task");
+    return std::distance(begin(threads), end(threads));
+}
+
 using ThreadLimitsTest = BroadcastTest;
 
 TEST_F(ThreadLimitsTest, ATaskWhoseThreadCannotBeMadeFailsAndMayBeStartedAgain) {
@@ -45,6 +53,22 @@ TEST_F(ThreadLimitsTest, AnAUXTaskWhoseThreadCannotBeMadeFails) {
     const NoMoreMemory limit;
     EXPECT_EQ(0, StartAUX());
     EXPECT_EQ((std::vector<int>{1, -1}), Reports().Of(kTask));
+}
+
+TEST_F(ThreadLimitsTest, ATaskWithoutMemoryForItsAudioFailsAndAsksNobodyToPlay) {
+    const auto before = CountThreads();
+    StartAndBroadcast();
+    StopAndWait();
+    ASSERT_TRUE(WaitUntil([&] { return CountThreads() == before; })); // its stack is kept for the next thread
+    {
+        const NoMoreMemory limit;
+        EXPECT_EQ(0, Start());
+        EXPECT_TRUE(Reports().WaitFor(kTask, -3));
+    }
+    EXPECT_EQ((std::vector<int>{1, 2, 0, 1, -3}), Reports().Of(kTask));
+    EXPECT_TRUE(WaitForExactLine("*****Failed to play, task ID 1001"));
+    EXPECT_EQ(1U, ReceivedBy(kController, sim::command::kPlay).size());
+    StartAndBroadcast();
 }
 
 TEST_F(ThreadLimitsTest, TheLongestZoneStringIsBroadcast) {

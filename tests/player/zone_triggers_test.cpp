@@ -53,6 +53,17 @@ void* LingeringTrigger(void* param) {
     return kTriggerThreadFailed;
 }
 
+std::atomic<bool> g_askedInTime{false};
+std::atomic<bool> g_askedTooLate{false};
+
+/// A trigger thread that would have asked its controller to play as long as the task was not over.
+void* LateTrigger(void* param) {
+    const std::unique_ptr<TriggerJob> job(static_cast<TriggerJob*>(param));
+    g_askedInTime = !job->isOver();
+    g_askedTooLate = !WaitUntil([&] { return job->isOver(); });
+    return kTriggerThreadFailed;
+}
+
 void* FailingTrigger(void* param) {
     delete static_cast<TriggerJob*>(param);
     return kTriggerThreadFailed;
@@ -77,8 +88,7 @@ protected:
     }
 
     CK740ControlApp m_app;
-    tagZCU_PARAM m_param{};
-    CZoneTriggers m_triggers{m_app, m_param, TaskInstance{1}};
+    CZoneTriggers m_triggers{m_app, tagTASK_STATUS{}};
     std::chrono::steady_clock::duration m_took{};
 };
 
@@ -139,6 +149,18 @@ TEST_F(ZoneTriggersTest, GivingUpEndsTheWaitAsASuccess) {
     EXPECT_EQ(0, m_triggers.WaitForTriggerZCU([] { return true; }));
 }
 
+TEST_F(ZoneTriggersTest, AThreadThatComesAfterTheCloseRequestsDoesNotAsk) {
+    tagTASK_STATUS task;
+    task.taskID = 7;
+    m_app.Player().Status().Accept(task.taskID, std::nullopt, task.instance);
+    CZoneTriggers triggers(m_app, task);
+    triggers.Start("000101", LateTrigger);
+    ASSERT_TRUE(WaitUntil([] { return g_askedInTime.load(); }));
+    triggers.CloseAudio();
+    EXPECT_EQ(-2, triggers.WaitForTriggerZCU([] { return false; }));
+    EXPECT_FALSE(g_askedTooLate);
+}
+
 TEST_F(ZoneTriggersTest, ItemsAreReadAsHexadecimalIDAndMask) {
     m_triggers.Start("002102;03E781", ScriptedTrigger);
     EXPECT_EQ(0, Wait());
@@ -168,7 +190,7 @@ TEST_F(ZoneTriggersTest, TheRecordCarriesTheTaskAndTheSettings) {
     task.recovery = 1;
     task.deviceID = 7001;
     task.auxPort = 4;
-    CZoneTriggers triggers(m_app, MakeTriggerParam(task), TaskInstance{1});
+    CZoneTriggers triggers(m_app, task);
     triggers.Start("002101", NotingTrigger);
     EXPECT_EQ(0, triggers.WaitForTriggerZCU([] { return false; }));
     ASSERT_EQ(1U, Given().size());

@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
+#include <vector>
 
 namespace k740::test {
 
@@ -34,6 +36,27 @@ inline long ResidentBytes() {
     long resident = 0;
     std::ifstream("/proc/self/statm") >> size >> resident;
     return resident * sysconf(_SC_PAGESIZE);
+}
+
+/// @return the directories below /proc/self/task of the threads of this name
+inline std::vector<std::filesystem::path> ThreadsNamed(const std::string& name) {
+    std::vector<std::filesystem::path> threads;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string text;
+        std::ifstream(task.path() / "comm") >> text; // empty once the thread has ended
+        if (text == name) { threads.push_back(task.path()); }
+    }
+    return threads;
+}
+
+/// @return how many times a thread has gone to sleep (proc(5), voluntary_ctxt_switches); -1 when it has ended
+inline long CountSleeps(const std::filesystem::path& thread) {
+    std::ifstream status(thread / "status");
+    for (std::string word; status >> word;) {
+        long count = 0;
+        if (word == "voluntary_ctxt_switches:" && status >> count) { return count; }
+    }
+    return -1;
 }
 
 } // namespace k740::test

@@ -21,7 +21,8 @@ inline constexpr int kV2 = 34; // device type 0
 inline constexpr int kV3 = 33; // device type 1
 inline constexpr const char* kV2IP = "192.168.1.34";
 inline constexpr const char* kV3IP = "192.168.1.33";
-inline constexpr std::uint16_t kMarker = 0x7777; // a command that no device knows
+inline constexpr const char* kUnroutableIP = "10.0.0.1"; // the private network has no road to it
+inline constexpr std::uint16_t kMarker = 0x7777;         // a command that no device knows
 
 /// @return the 532 bytes of a request of node 9500
 inline sim::Bytes RequestBytes(int device, std::uint16_t command, const sim::Bytes& payload = {}) {

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace k740::test {
@@ -71,6 +72,15 @@ TEST_F(DeviceVersionTest, AVirtualPagingStationHasTheSameVersionButDoesNotAnswer
     TakeAnswer(5500, {"1", "22", "333"});
     EXPECT_EQ("APP:1.0.4", Version(5500));
     EXPECT_EQ("-2", Version(5500));
+}
+
+TEST_F(DeviceVersionTest, Of2049UnclaimedAnswersTheOldestIsForgotten) {
+    for (const int id : {1, 2}) { ASSERT_EQ(0, K740_AddDevice(id, 1, ("192.168.1.20" + std::to_string(id)).c_str())); }
+    for (const auto& [from, to] : {std::pair(1U, 999U), std::pair(5000U, 5999U), std::pair(7000U, 7049U)}) {
+        for (std::uint32_t id = from; id <= to; ++id) { TakeAnswer(id, {"1", "22", "333"}); }
+    }
+    EXPECT_EQ("APP:22, MCU:333, Kernel:1", Version(2));
+    EXPECT_EQ("-2", Version(1));
 }
 
 TEST_F(DeviceVersionTest, NothingIsWrittenBeyondTheSizeAndTheWholeLengthIsReturned) {

@@ -47,6 +47,12 @@ TEST_F(EmergencyTest, OnlyRegisteredControllersAreTold) {
     EXPECT_EQ(0, K740_EnterVAMode(999, 100));
 }
 
+TEST_F(EmergencyTest, WhatTheSystemRefusesToSendIsAFailure) {
+    ASSERT_EQ(0, K740_AddDevice(50, 1, kUnroutableIP));
+    EXPECT_EQ(-1, K740_EnterVAMode(50, 100));
+    EXPECT_EQ(-1, K740_ExitVAMode(50, 100));
+}
+
 TEST_F(EmergencyTest, TheNodeIDIsTheHosts) {
     ASSERT_EQ(0, K740_SetNodeID(9999));
     EXPECT_EQ(0, K740_EnterVAMode(kV3, 100));

@@ -185,6 +185,15 @@ TEST_F(HeartbeatAnswerTest, ASenderIsKnownByItsAddressAndTheVirtualController) {
     EXPECT_EQ(3U, Clients().size());
 }
 
+TEST_F(HeartbeatAnswerTest, ASecondHeartbeatRenewsTheTimeAtWhichTheSenderWasLastHeard) {
+    Receive(77, 200, "192.168.1.20");
+    const time_t first = Clients().at(0).lastHeard;
+    ASSERT_TRUE(WaitUntil([=] { return time(nullptr) > first; }));
+    Receive(78, 200, "192.168.1.20");
+    ASSERT_EQ(1U, Clients().size());
+    EXPECT_GT(Clients()[0].lastHeard + 0, first);
+}
+
 TEST_F(HeartbeatAnswerTest, NobodyIsAnsweredOrRememberedAtTheLibrarysOwnAddressOrNone) {
     const auto own = sim::UdpSocket::BoundTo({"127.0.0.1", sim::kReplyPort});
     Receive(77, 200, "127.0.0.1");

@@ -133,6 +133,12 @@ TEST_F(TriggerAnswersTest, FreshAnswersSurviveTheCleanUp) {
     EXPECT_EQ(kTokenA, TriggerStream().outcome.tokenA);
 }
 
+TEST_F(TriggerAnswersTest, AnswersOfTwoMinutesAgoAreCleanedUp) {
+    GiveAnswer(MatchingAnswer(kTokenA));
+    g_app->ZCU().ClearOutDateJoinMCastResponse(time(nullptr) + 120);
+    EXPECT_EQ("0 trigger -9 join 0 tokens -- follows 0", Summary(TriggerStream()));
+}
+
 TEST_F(TriggerAnswersTest, ConcurrentTriggersTakeTheirOwnAnswers) {
     Reply(PlayReply::AcceptWithJoin);
     std::atomic<int> joined{0};

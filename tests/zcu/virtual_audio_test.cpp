@@ -6,7 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <map>
+#include <set>
+#include <thread>
 #include <utility>
 
 namespace k740::test {
@@ -210,6 +214,27 @@ TEST_F(VirtualAudioTest, TheSameRequestAgainDoublesNoAudio) {
     m_client.SendEndOfStream(kGroup, kVirtual);
     EXPECT_TRUE(WaitForMessage(2, 2));
     EXPECT_EQ(audio.decoded, AudioOf(RecordingHost::Get().trainAudio.All()));
+}
+
+TEST_F(VirtualAudioTest, TwoRequestsAtOnceDoubleNoAudioThatRunsAlready) {
+    const CodedAudio audio(341, 200);
+    std::atomic<bool> ended{false};
+    std::thread stream([&] {
+        for (std::size_t i = 0; i < audio.datagrams.size() && !ended; ++i) {
+            m_client.SendRaw(audio.datagrams[i], kGroup);
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    });
+    m_client.RequestPlay(kVirtual, PlayRequestOf());
+    m_client.RequestPlay(kVirtual, PlayRequestOf());
+    EXPECT_TRUE(WaitForMessage(2));
+    WaitForAudio(5);
+    ended = true;
+    stream.join();
+    m_client.SendEndOfStream(kGroup, kVirtual);
+    EXPECT_TRUE(WaitForMessage(2, 2));
+    const auto heard = AudioOf(RecordingHost::Get().trainAudio.All());
+    EXPECT_EQ(heard.size(), std::set<Bytes>(heard.begin(), heard.end()).size());
 }
 
 TEST_F(VirtualAudioTest, AnotherSourceTakesItOver) {

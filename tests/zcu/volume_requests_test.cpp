@@ -82,6 +82,16 @@ TEST_F(VolumeRequestsTest, OtherDevicesHaveNoVolumes) {
     }
 }
 
+TEST_F(VolumeRequestsTest, WhatTheSystemRefusesToSendIsAFailureForVersion3Alone) {
+    ASSERT_EQ(0, K740_AddDevice(50, 1, kUnroutableIP));
+    ASSERT_EQ(0, K740_AddDevice(51, 0, "10.0.0.2"));
+    int levels[8] = {};
+    EXPECT_EQ(-1, K740_SetVolume(50, levels));
+    EXPECT_EQ(0, K740_SetVolume(51, levels));
+    EXPECT_EQ(0, K740_GetVolume(50));
+    EXPECT_EQ(-1, g_app->ZCU().ZCU_Request_GetVolume_V3(50));
+}
+
 TEST_F(VolumeRequestsTest, SettingVersion3IsLoggedWithItsEightEntries) {
     EXPECT_EQ(0, SetVolume(kV2, {1, 2, 3, 4, 5, 6, 7, 8})); // not logged
     EXPECT_EQ(-2, SetVolume(kV3, {20, 2, 3, 4, 5, 6, 7, 8}));

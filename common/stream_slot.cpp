@@ -1,4 +1,4 @@
-#include "player/stream_slot.h"
+#include "common/stream_slot.h"
 
 #include <sys/mman.h>
 
@@ -16,20 +16,20 @@ CStreamSlot::~CStreamSlot() {
     FreeLocked();
 }
 
-bool CStreamSlot::New(int taskID, std::size_t capacity) {
+bool CStreamSlot::New(int ownerID, std::size_t capacity) {
     const CQBSemLocker lock(&m_lock);
     FreeLocked();
     void* memory = mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) { return false; }
     m_data = static_cast<unsigned char*>(memory);
     m_capacity = capacity;
-    m_taskID = taskID;
+    m_ownerID = ownerID;
     return true;
 }
 
-void CStreamSlot::Remove(int taskID) {
+void CStreamSlot::Remove(int ownerID) {
     const CQBSemLocker lock(&m_lock);
-    if (m_taskID == taskID) { FreeLocked(); }
+    if (m_ownerID == ownerID) { FreeLocked(); }
 }
 
 void CStreamSlot::FreeLocked() {
@@ -39,24 +39,24 @@ void CStreamSlot::FreeLocked() {
     m_head = 0;
     m_fill = 0;
     m_touched = 0;
-    m_taskID = 0;
+    m_ownerID = 0;
 }
 
-bool CStreamSlot::Push(int taskID, const unsigned char* data, std::size_t length) {
+bool CStreamSlot::Push(int ownerID, const unsigned char* data, std::size_t length) {
     const CQBSemLocker lock(&m_lock);
-    if (m_taskID != taskID || length > m_capacity - m_fill) { return false; }
+    if (m_ownerID != ownerID || length > m_capacity - m_fill) { return false; }
     CopyIn(data, length);
     m_fill += length;
     return true;
 }
 
-bool CStreamSlot::Take(int taskID, unsigned char* out, std::size_t length) {
+bool CStreamSlot::Take(int ownerID, unsigned char* out, std::size_t length) {
     const CQBSemLocker lock(&m_lock);
-    return TakeLocked(taskID, out, length);
+    return TakeLocked(ownerID, out, length);
 }
 
-bool CStreamSlot::TakeLocked(int taskID, unsigned char* out, std::size_t length) {
-    if (m_taskID != taskID || length > m_fill) { return false; }
+bool CStreamSlot::TakeLocked(int ownerID, unsigned char* out, std::size_t length) {
+    if (m_ownerID != ownerID || length > m_fill) { return false; }
     CopyOut(out, length);
     m_head = m_capacity == 0 ? 0 : (m_head + length) % m_capacity;
     m_fill -= length;
@@ -93,7 +93,7 @@ void CStreamSlot::GiveBackBacklog() {
     m_touched = kKeptBytes;
 }
 
-std::size_t CStreamSlot::Fill(int taskID) const {
+std::size_t CStreamSlot::Fill(int ownerID) const {
     const CQBSemLocker lock(&m_lock);
-    return m_taskID == taskID ? m_fill : 0;
+    return m_ownerID == ownerID ? m_fill : 0;
 }

@@ -1,18 +1,19 @@
-// A bounded byte queue: one task's audio at one rate, an intercom's audio, received datagrams.
+// A bounded byte queue for audio on its way.
 #pragma once
 
 #include "common/sem.h"
 
 #include <cstddef>
 
-/// FIFO of bytes that belongs to one task, or another user with an ID, at a time. A chunk goes in whole or not at all.
+/// FIFO of bytes that belongs to one owner at a time, known by an ID that its user chooses. A chunk goes in whole or
+/// not at all.
 ///
 /// A ring in memory that the system hands out page by page as it is first touched (mmap(2)): capacity that is not used
 /// costs nothing, and a push costs the same however much is waiting. What little is left after a take moves to the
 /// front, so that a stream that keeps up stays on the same few pages; those of a backlog go back to the system then
 /// (madvise(2)).
 ///
-/// Push and Take do nothing for a task that is not the slot's.
+/// Push and Take do nothing for an owner that is not the slot's.
 class CStreamSlot {
 public:
     CStreamSlot() = default;
@@ -20,27 +21,27 @@ public:
     CStreamSlot(const CStreamSlot&) = delete;
     CStreamSlot& operator=(const CStreamSlot&) = delete;
 
-    /// Gives the slot to a task, empty. @return false when there is no memory; nothing fits in then
-    bool New(int taskID, std::size_t capacity);
-    /// Frees the memory if the slot is the task's.
-    void Remove(int taskID);
+    /// Gives the slot to an owner, empty. @return false when there is no memory; nothing fits in then
+    bool New(int ownerID, std::size_t capacity);
+    /// Frees the memory if the slot is the owner's.
+    void Remove(int ownerID);
 
     /// @return false when the chunk does not fit
-    bool Push(int taskID, const unsigned char* data, std::size_t length);
+    bool Push(int ownerID, const unsigned char* data, std::size_t length);
     /// @return false, with nothing taken, when fewer bytes are waiting
-    bool Take(int taskID, unsigned char* out, std::size_t length);
+    bool Take(int ownerID, unsigned char* out, std::size_t length);
     /// Takes bytes and hands them to use while the slot is locked, so that what use makes of them keeps its order.
-    template <typename Use> bool TakeAndUse(int taskID, unsigned char* out, std::size_t length, Use use) {
+    template <typename Use> bool TakeAndUse(int ownerID, unsigned char* out, std::size_t length, Use use) {
         const CQBSemLocker lock(&m_lock);
-        if (!TakeLocked(taskID, out, length)) { return false; }
+        if (!TakeLocked(ownerID, out, length)) { return false; }
         use();
         return true;
     }
-    /// @return bytes waiting for the task
-    std::size_t Fill(int taskID) const;
+    /// @return bytes waiting for the owner
+    std::size_t Fill(int ownerID) const;
 
 private:
-    bool TakeLocked(int taskID, unsigned char* out, std::size_t length) K740_REQUIRES(m_lock);
+    bool TakeLocked(int ownerID, unsigned char* out, std::size_t length) K740_REQUIRES(m_lock);
     void CopyIn(const unsigned char* data, std::size_t length) K740_REQUIRES(m_lock);
     void CopyOut(unsigned char* out, std::size_t length) const K740_REQUIRES(m_lock);
     void MoveToFront() K740_REQUIRES(m_lock);
@@ -48,7 +49,7 @@ private:
     void FreeLocked() K740_REQUIRES(m_lock);
 
     mutable CQBSem m_lock;
-    int m_taskID K740_GUARDED_BY(m_lock) = 0;
+    int m_ownerID K740_GUARDED_BY(m_lock) = 0;
     unsigned char* m_data K740_GUARDED_BY(m_lock) = nullptr;
     std::size_t m_capacity K740_GUARDED_BY(m_lock) = 0;
     std::size_t m_head K740_GUARDED_BY(m_lock) = 0;

@@ -1,4 +1,4 @@
-#include "player/stream_slot.h"
+#include "common/stream_slot.h"
 #include "sim/bytes.h"
 #include "tests/support/noise.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 using sim::Bytes;
 
-constexpr int kTask = 7;
+constexpr int kOwner = 7;
 constexpr std::size_t kCapacity = 10'000;
 
 Bytes Some(std::size_t count, std::uint32_t seed = 1) {
@@ -25,12 +25,12 @@ Bytes Some(std::size_t count, std::uint32_t seed = 1) {
 
 class StreamSlotTest : public ::testing::Test {
 protected:
-    StreamSlotTest() { EXPECT_TRUE(m_slot.New(kTask, kCapacity)); }
+    StreamSlotTest() { EXPECT_TRUE(m_slot.New(kOwner, kCapacity)); }
 
-    bool Push(const Bytes& bytes) { return m_slot.Push(kTask, bytes.data(), bytes.size()); }
+    bool Push(const Bytes& bytes) { return m_slot.Push(kOwner, bytes.data(), bytes.size()); }
     Bytes Take(std::size_t count) {
         Bytes out(count);
-        return m_slot.Take(kTask, out.data(), count) ? out : Bytes{};
+        return m_slot.Take(kOwner, out.data(), count) ? out : Bytes{};
     }
 
     CStreamSlot m_slot;
@@ -41,24 +41,24 @@ TEST_F(StreamSlotTest, FirstInIsFirstOut) {
     EXPECT_TRUE(Push({4, 5}));
     EXPECT_EQ((Bytes{1, 2}), Take(2));
     EXPECT_EQ((Bytes{3, 4, 5}), Take(3));
-    EXPECT_EQ(0U, m_slot.Fill(kTask));
+    EXPECT_EQ(0U, m_slot.Fill(kOwner));
 }
 
 TEST_F(StreamSlotTest, TakesAllThatWasAskedForOrNothing) {
     EXPECT_TRUE(Push({1, 2, 3}));
     EXPECT_EQ(Bytes{}, Take(4));
-    EXPECT_EQ(3U, m_slot.Fill(kTask));
+    EXPECT_EQ(3U, m_slot.Fill(kOwner));
     EXPECT_EQ((Bytes{1, 2, 3}), Take(3));
 }
 
 TEST_F(StreamSlotTest, IsFullAtItsCapacity) {
     EXPECT_TRUE(Push(Some(kCapacity - 1)));
     EXPECT_FALSE(Push(Some(2)));
-    EXPECT_EQ(kCapacity - 1, m_slot.Fill(kTask));
+    EXPECT_EQ(kCapacity - 1, m_slot.Fill(kOwner));
     EXPECT_TRUE(Push(Some(1)));
-    EXPECT_EQ(kCapacity, m_slot.Fill(kTask));
+    EXPECT_EQ(kCapacity, m_slot.Fill(kOwner));
     EXPECT_FALSE(Push(Some(1)));
-    EXPECT_EQ(kCapacity, m_slot.Fill(kTask));
+    EXPECT_EQ(kCapacity, m_slot.Fill(kOwner));
 }
 
 TEST_F(StreamSlotTest, ARefusedChunkLeavesWhatIsWaiting) {
@@ -93,58 +93,58 @@ TEST_F(StreamSlotTest, ItsOrderIsThatOfAQueueWhateverTheLengths) {
             ASSERT_TRUE(std::equal(taken.begin(), taken.end(), model.begin())) << i;
             model.erase(model.begin(), model.begin() + static_cast<std::ptrdiff_t>(taken.size()));
         }
-        ASSERT_EQ(model.size(), m_slot.Fill(kTask)) << i;
+        ASSERT_EQ(model.size(), m_slot.Fill(kOwner)) << i;
     }
 }
 
-TEST_F(StreamSlotTest, DoesNothingForAnotherTask) {
+TEST_F(StreamSlotTest, DoesNothingForAnotherOwner) {
     const Bytes chunk{1, 2};
     EXPECT_TRUE(Push(chunk));
-    EXPECT_FALSE(m_slot.Push(kTask + 1, chunk.data(), chunk.size()));
+    EXPECT_FALSE(m_slot.Push(kOwner + 1, chunk.data(), chunk.size()));
     Bytes out(2);
-    EXPECT_FALSE(m_slot.Take(kTask + 1, out.data(), 2));
-    EXPECT_EQ(0U, m_slot.Fill(kTask + 1));
-    m_slot.Remove(kTask + 1);
+    EXPECT_FALSE(m_slot.Take(kOwner + 1, out.data(), 2));
+    EXPECT_EQ(0U, m_slot.Fill(kOwner + 1));
+    m_slot.Remove(kOwner + 1);
     EXPECT_EQ(chunk, Take(2));
 }
 
-TEST_F(StreamSlotTest, AnewItIsEmptyAndTheNewTasks) {
+TEST_F(StreamSlotTest, AnewItIsEmptyAndTheNewOwners) {
     EXPECT_TRUE(Push(Some(100)));
-    EXPECT_TRUE(m_slot.New(kTask + 1, 50));
-    EXPECT_EQ(0U, m_slot.Fill(kTask + 1));
+    EXPECT_TRUE(m_slot.New(kOwner + 1, 50));
+    EXPECT_EQ(0U, m_slot.Fill(kOwner + 1));
     EXPECT_FALSE(Push({1}));
-    EXPECT_FALSE(m_slot.Push(kTask + 1, Some(51).data(), 51));
-    EXPECT_TRUE(m_slot.Push(kTask + 1, Some(50).data(), 50));
+    EXPECT_FALSE(m_slot.Push(kOwner + 1, Some(51).data(), 51));
+    EXPECT_TRUE(m_slot.Push(kOwner + 1, Some(50).data(), 50));
 }
 
 TEST_F(StreamSlotTest, OnceRemovedItHasNoRoomAndNoAudio) {
     EXPECT_TRUE(Push({1, 2}));
-    m_slot.Remove(kTask);
+    m_slot.Remove(kOwner);
     EXPECT_FALSE(Push({1}));
     EXPECT_EQ(Bytes{}, Take(1));
-    m_slot.Remove(kTask);
+    m_slot.Remove(kOwner);
 }
 
 TEST_F(StreamSlotTest, AChunkBeyondEveryCapacityIsRefused) {
-    EXPECT_FALSE(m_slot.Push(kTask, Some(1).data(), SIZE_MAX));
+    EXPECT_FALSE(m_slot.Push(kOwner, Some(1).data(), SIZE_MAX));
     EXPECT_TRUE(Push({1}));
-    EXPECT_FALSE(m_slot.Push(kTask, Some(1).data(), SIZE_MAX));
+    EXPECT_FALSE(m_slot.Push(kOwner, Some(1).data(), SIZE_MAX));
 }
 
 TEST_F(StreamSlotTest, WhatIsTakenUnderTheLockIsHandedOn) {
     EXPECT_TRUE(Push({1, 2, 3}));
     Bytes out(2);
     bool used = false;
-    EXPECT_TRUE(m_slot.TakeAndUse(kTask, out.data(), 2, [&] { used = out == Bytes{1, 2}; }));
+    EXPECT_TRUE(m_slot.TakeAndUse(kOwner, out.data(), 2, [&] { used = out == Bytes{1, 2}; }));
     EXPECT_TRUE(used);
-    EXPECT_FALSE(m_slot.TakeAndUse(kTask, out.data(), 2, [] { FAIL(); }));
+    EXPECT_FALSE(m_slot.TakeAndUse(kOwner, out.data(), 2, [] { FAIL(); }));
 }
 
 TEST_F(StreamSlotTest, ProducerAndConsumerMeetOnlyInTheLock) {
     const Bytes all = Some(500'000);
     std::thread producer([&] {
         for (std::size_t at = 0; at < all.size(); at += 1'000) {
-            while (!m_slot.Push(kTask, all.data() + at, 1'000)) { std::this_thread::yield(); }
+            while (!m_slot.Push(kOwner, all.data() + at, 1'000)) { std::this_thread::yield(); }
         }
     });
     Bytes heard;
