@@ -179,15 +179,16 @@ K740_API int K740_Initialize(void);
  * Asks all threads to end, frees the ports and writes the log. Broadcasting tasks end with their close requests to the
  * devices. Waits for all that some 50 ms, 300 ms at most; what is not over by then, such as a task that still waits for
  * its zone controllers or a port whose receiving thread is in a callback, ends by itself. Devices and settings stay.
- * Nothing runs any more but the reception of push-to-talk audio, which ends with its group or its station, and nothing
- * is logged any more.
+ * Nothing runs any more but the reception of push-to-talk audio, which ends with its group or its station, and a call
+ * of K740_StartAudioFileTask that has passes before it, and nothing is logged any more.
  *
  * @return 0; -1 when the library had not been initialised and cannot be
  */
 K740_API int K740_Deinitialize(void);
 
 /**
- * Sets the device ID under which the library speaks, in every packet from now on, also those of running tasks.
+ * Sets the device ID under which the library speaks, in every packet from now on but the audio of tasks that broadcast
+ * already.
  *
  * @param nodeID 9500..9999, 9500 by default
  * @return       0; -1 out of range
@@ -196,7 +197,8 @@ K740_API int K740_SetNodeID(int nodeID);
 
 /**
  * Sets the format of the audio given to K740_SendAudioStreamProc. Every call of it from now on is read so, that for a
- * running task too, whose room is for the format it was started with: change it only while no stream task runs.
+ * running task too, whose room is for the format of the moment at which it began to broadcast: change it only while no
+ * stream task runs.
  *
  * @param format 0: 44.1 kHz (default), 1: 22.05 kHz
  * @return       0; -1 for any other value
@@ -332,7 +334,7 @@ K740_API int K740_SetIntercomCallback(PINTERCOMMESSAGE intercomMessage, PINTERCO
  * @param deviceType 0 and 1 zone controller (version 2, version 3), 2 paging station, 3 network AUX interface, 9
  *                   virtual zone controller and 10 virtual paging station (both played by the library itself), 4..8
  *                   others
- * @param address    IPv4 address, unique among the devices, compared as text, cut to 49 characters. A text shorter
+ * @param address    IPv4 address, unique among the devices, compared as text; 49 characters are kept. A text shorter
  *                   than 6 characters or with a first octet of 0, 127, 224..239 or above 255 is refused; what is
  *                   malformed otherwise is accepted, and its device never reached. Types 9 and 10 need none, but one
  *                   that is given must be unique too
@@ -351,7 +353,7 @@ K740_API int K740_AddDevice(int deviceID, int deviceType, const char* address);
  *                 first, also on failure. May be null
  * @param size     bytes of text
  * @return         length of the whole version in bytes, whether it fitted or not; -1 unknown device; -2 no answer;
- *                 -3 the device was removed meanwhile
+ *                 -3 the device was removed meanwhile or has no socket
  */
 K740_API int K740_GetDeviceVersion(int deviceID, char* text, int size);
 
@@ -490,8 +492,8 @@ K740_API int K740_StartAudioStreamTask(int taskID, int volume, int priority, int
  * @param taskID           1..50000
  * @param priority         56..255, 255 being the highest
  * @param deviceID         7000..7999 with AUX port 0..4, or 1..999 with AUX port 0..2
- * @param multicastIP      group to which the device sends, on port 28100; only an empty text is refused, what is no
- *                         address sends the zone controllers to group 0.0.0.0. The device need not be registered
+ * @param multicastIP      group to which the device sends, on port 28100; only an empty text is refused, and what is
+ *                         no address is not noticed. The device need not be registered
  * @param auxPort          see deviceID
  * @param recovery         0 or 1, as for K740_StartAudioStreamTask
  * @param zones            see @ref zones
@@ -514,12 +516,14 @@ K740_API int K740_StartNetAUXTask(int taskID, int priority, int deviceID, const 
  * @param files            paths, separated by "|", blanks around each dropped: raw PCM of 44.1 kHz behind a header of
  *                         100 bytes, which are skipped whatever they are. The audio stream format must be 0. A file
  *                         that cannot be opened is logged and left out
- * @param repeat           passes over all files, 1..65535; 0 plays without end: a stopped task then ends the file, but
- *                         the call goes on, each file for some 200 ms, until the process ends
+ * @param repeat           passes over all files, 1..65535; 0 plays without end, until the process ends. A stop of the
+ *                         task and the shutdown end the file at hand but not the passes, in which each file then takes
+ *                         up to some 200 ms: do not wait for a call that has many before it
  * @return                 0 played, or stopped meanwhile; -1 bad argument; -2 the task is accepted or broadcasting
  *                         already; -3 200 tasks are; -4 the task failed or was stopped before it was broadcasting,
- *                         which takes up to some 4 s, or the library shuts down; also, with nothing started,
- *                         within PTASKSTATUS with state 1 or 2 of the same task, stopped meanwhile
+ *                         which takes up to some 4 s, or the library shuts down; also, before anything else is looked
+ *                         at and with nothing started, within PTASKSTATUS with state 1 or 2 of the same task, stopped
+ *                         meanwhile
  */
 K740_API int K740_StartAudioFileTask(int taskID, int volume, int priority, int recovery, const char* zones,
                                      int dryContactOutput, const char* files, int repeat);

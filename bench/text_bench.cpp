@@ -2,6 +2,7 @@
 #include "app/application.h"
 #include "bench/station.h"
 #include "common/format.h"
+#include "devices/zone_string.h"
 
 #include <benchmark/benchmark.h>
 

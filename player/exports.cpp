@@ -7,7 +7,7 @@
 
 namespace {
 constexpr int kNoTaskChannel = -2;
-constexpr int kNotBroadcasting = -4;
+constexpr int kNeverBroadcast = -4;
 constexpr int kLastRepeat = 65'535;
 constexpr const char* kFileSeparator = "|";
 } // namespace
@@ -44,7 +44,7 @@ extern "C" K740_API int K740_StartAudioFileTask(int taskID, int volume, int prio
         qbstring::SplitStringToVector(Text(files), kFileSeparator, paths);
         if (paths.empty()) { return reject("No audio files.", kFail); }
 
-        const auto fail = [&] { return reject(Format("Failed to start task %d", taskID), kNotBroadcasting); };
+        const auto fail = [&] { return reject(Format("Failed to start task %d", taskID), kNeverBroadcast); };
         // Within a report of its own former run, which cannot end before this call does, it would wait for ever.
         const bool stopped = !IsRunning(app.Player().Status().GetTaskStatus(taskID));
         if (stopped && CRunningReport::IsUnderWay(taskID)) { return fail(); }

@@ -36,8 +36,8 @@ bool CFileTask::AwaitBroadcast() {
 }
 
 void CFileTask::Play(const std::vector<std::string>& files, int repeat) {
-    // The passes alone count, whether or not the task goes on; after a stop or the shutdown each file takes some 200
-    // ms.
+    // The passes alone count, whether or not the task goes on; after a stop or the shutdown a file takes 200 ms at
+    // most.
     for (unsigned pass = 1; repeat == 0 || pass <= static_cast<unsigned>(repeat); ++pass) {
         bool pushed = false;
         for (const std::string& file : files) {

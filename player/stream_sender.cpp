@@ -2,7 +2,7 @@
 
 #include "app/application.h"
 #include "common/stopwatch.h"
-#include "player/task_run.h"
+#include "common/wake_signal.h"
 
 namespace {
 

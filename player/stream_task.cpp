@@ -29,7 +29,8 @@ short CStreamTask::JoinGroupAndPlay() {
     }
     m_app.Player().Log(kLogInfo, Format("Allocated muliticast %s for task %d NIC:%s", m_multicastIP.c_str(),
                                         m_task.taskID, nic.c_str()));
-    // Before any controller is asked to play, because without them there is nothing to be heard.
+    // Before any controller is asked to play, because without them there is nothing to be heard. All of them, because
+    // the input format may change until one plays; what is not touched takes no memory.
     return NewStreams() ? TriggerAndPlay() : BreakOff(kTaskNotTriggered);
 }
 
@@ -39,6 +40,7 @@ short CStreamTask::TriggerAndPlay() {
     const int result = triggers.WaitForTriggerZCU([this] { return IsSuperseded(); });
     if (result != kTriggered) { return Fail(kTaskNotTriggered, "Failed to trigger all ZCU, task ID "); }
     if (IsStopped()) { return LeaveStopped(); }
+    KeepStreamsOf(m_app.Configuration().AudioStreamFormat());
     LogTask(kLogInfo, "Start to send audio stream to ZCU, task ID ");
     if (!m_app.Player().Status().BeginBroadcast(MakeRecord())) { return LeaveStopped(); }
     const bool completed = Broadcast(triggers, [&] {
@@ -57,14 +59,16 @@ tagTASK_STATUS CStreamTask::MakeRecord() const {
     return record;
 }
 
-// Only the slots that the input format needs.
 bool CStreamTask::NewStreams() {
     CTaskStreams& streams = m_app.Player().Streams();
-    const int format = m_app.Configuration().AudioStreamFormat();
-    const bool from8K = format != kFormat44K && format != kFormat22K;
-    return (!from8K || streams.NewTaskStream8K(m_channelID, m_task.taskID)) &&
-           (format == kFormat44K || streams.NewTaskStream22K(m_channelID, m_task.taskID)) &&
-           streams.NewTaskStream44K(m_channelID, m_task.taskID);
+    return streams.NewTaskStream8K(m_channelID, m_task.taskID) &&
+           streams.NewTaskStream22K(m_channelID, m_task.taskID) && streams.NewTaskStream44K(m_channelID, m_task.taskID);
+}
+
+void CStreamTask::KeepStreamsOf(int format) {
+    CTaskStreams& streams = m_app.Player().Streams();
+    if (format == kFormat44K) { streams.RemoveTaskStream22K(m_channelID, m_task.taskID); }
+    if (format == kFormat44K || format == kFormat22K) { streams.RemoveTaskStream8K(m_channelID, m_task.taskID); }
 }
 
 void CStreamTask::RemoveStreams() {

@@ -17,7 +17,10 @@ private:
     short JoinGroupAndPlay();
     short TriggerAndPlay();
     tagTASK_STATUS MakeRecord() const;
+    /// @return false when there is no memory for them
     bool NewStreams();
+    /// Removes the slots that this format of the host's audio does not use.
+    void KeepStreamsOf(int format);
     void RemoveStreams();
     void SendEndOfStream(const CZoneTriggers& triggers);
 

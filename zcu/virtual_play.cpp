@@ -92,15 +92,17 @@ void CZCU::ReceiveUntilOver(const VirtualPlay& play, CGroupReceiver& receiver) {
     const auto leave = [&](const char* reason) {
         m_app.Log().PushLog("", kLogInfo, Format("%s, virtual ZCU %d", reason, play.virtualZCU));
     };
-    CQBTime sinceLook; // not started: a receiver that was overtaken before it began hands nothing to the host
+    const auto isCurrent = [&] {
+        return m_taskZones.IsCurrent(play.source, play.task, play.virtualZCU, play.instance);
+    };
+    CQBTime sinceLook;
     CQBTime sinceDatagram;
+    sinceLook.TimeStart();
     sinceDatagram.TimeStart();
     for (; !m_app.Lifetime().IsExiting(); m_app.Lifetime().Pause(kPassPauseMs)) {
         if (sinceLook.TimeEnd() > kStillWantedMs) {
             sinceLook.TimeStart();
-            if (!m_taskZones.IsCurrent(play.source, play.task, play.virtualZCU, play.instance)) {
-                return leave("Exit player for ZCU has none task");
-            }
+            if (!isCurrent()) { return leave("Exit player for ZCU has none task"); }
         }
         if (sinceDatagram.TimeEnd() > kSilenceMs) {
             return leave("Exit player for receive multicast audio timeout over 5s");
@@ -109,6 +111,9 @@ void CZCU::ReceiveUntilOver(const VirtualPlay& play, CGroupReceiver& receiver) {
         if (length == kNothingReceived) { continue; }
         sinceDatagram.TimeStart();
         if (length == kEndOfStreamReceived) { return leave("Exit player for receive multicast exit"); }
-        if (length > 0) { m_app.Callbacks().TrainAudio(play.source, play.task, {receiver.Audio(), length}); }
+        // Until it leaves, a receiver that was overtaken hears what the later one hands to the host.
+        if (length > 0 && isCurrent()) {
+            m_app.Callbacks().TrainAudio(play.source, play.task, {receiver.Audio(), length});
+        }
     }
 }

@@ -16,6 +16,7 @@ using namespace std::chrono_literals;
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr int kController = 33;
+constexpr int kOtherController = 34;
 constexpr int kStation = 5000;
 constexpr int kOtherStation = 5001;
 constexpr auto kPatience = 100s;
@@ -30,10 +31,20 @@ protected:
         const auto all = g_app->RPK().GetAllRPKStatus();
         return all.empty() ? -1 : all.front().status.state;
     }
-    /// Makes the library take an answer of a station that nobody has asked for.
-    static void TakeAnswer(std::uint32_t station) {
-        const _vxa_cmd_packet_t packet = MakePacket(station, 9500, 0x8702, _rpk_task_answer_t{3, 1});
-        g_app->RPK().ReceivePlayPTTAUXResponse(&packet, "");
+    /// Makes the library take answers that nobody has asked for.
+    static void TakeAnswers(std::uint32_t controller, std::uint32_t station) {
+        const _vxa_cmd_packet_t taskAnswer = MakePacket(station, 9500, 0x8702, _rpk_task_answer_t{3, 1});
+        g_app->RPK().ReceivePlayPTTAUXResponse(&taskAnswer, "");
+        const _vxa_cmd_packet_t version = MakePacket(station, 9500, 0x8132);
+        g_app->ZCU().DEV_Response_GetVersion(&version);
+        const _vxa_cmd_packet_t zoneGroups = MakePacket(controller, 9500, 0x8303);
+        g_app->ZCU().ZCU_Response_GetZoneMCastIP(&zoneGroups);
+    }
+    /// @return 0, or the code of a failure
+    static int ZoneGroupsOf(int controller) {
+        tagQUERY_ZONE_MCAST_IP_RSP groups;
+        int error = 0;
+        return g_app->ZCU().ZCU_Request_GetZoneMCastIP(controller, &groups, error) ? 0 : error;
     }
     [[nodiscard]] bool WaitUntilPassed(std::chrono::seconds time) const {
         return WaitUntil([&] { return SteadyClock::now() - m_start > time; }, time + 10s);
@@ -61,16 +72,24 @@ TEST_F(RealTimeAgeingTest, DevicesThatFallSilentAreOffLineAfterAMinute) {
     EXPECT_LE(heartbeats, 8U);
 }
 
-TEST_F(RealTimeAgeingTest, AnAnswerThatNobodyClaimsIsForgottenAfterTwoMinutes) {
-    K740_AddDevice(kStation, 2, "192.168.8.99"); // neither station is simulated
+TEST_F(RealTimeAgeingTest, AnswersThatNobodyClaimsAreForgottenAfterTwoMinutes) {
+    K740_AddDevice(kController, 1, "192.168.1.33"); // none of the four is simulated
+    K740_AddDevice(kOtherController, 1, "192.168.1.34");
+    K740_AddDevice(kStation, 2, "192.168.8.99");
     K740_AddDevice(kOtherStation, 2, "192.168.8.98");
     m_start = SteadyClock::now();
-    TakeAnswer(kStation);
+    TakeAnswers(kController, kStation);
     ASSERT_TRUE(WaitUntilPassed(60s));
-    TakeAnswer(kOtherStation);
+    TakeAnswers(kOtherController, kOtherStation);
     ASSERT_TRUE(WaitUntilPassed(121s));
-    EXPECT_EQ(0, K740_StopRPKTask(kOtherStation, 3)); // a minute old: taken for the answer to this request
+    // A minute old: taken for the answers to these requests.
+    EXPECT_EQ(0, K740_StopRPKTask(kOtherStation, 3));
+    EXPECT_GT(K740_GetDeviceVersion(kOtherStation, nullptr, 0), 0);
+    EXPECT_EQ(0, ZoneGroupsOf(kOtherController));
+
     EXPECT_EQ(-2, K740_StopRPKTask(kStation, 3));
+    EXPECT_EQ(-2, K740_GetDeviceVersion(kStation, nullptr, 0));
+    EXPECT_EQ(-9, ZoneGroupsOf(kController));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // When the host hears of a status: after every change and every five seconds.
 #include "app/application.h"
 #include "app/k740.h"
+#include "protocol/commands.h"
 #include "tests/app/recording_host.h"
 #include "tests/support/private_network_fixture.h"
 
@@ -147,6 +148,7 @@ TEST_F(StatusDeliveryTest, ThereIsAPauseAfterEachChange) {
 
 // A callback that uses the whole interface: it would hang if a lock were held over it.
 std::atomic<int> g_callsBack{0};
+std::atomic<int> g_volumesCallBack{0};
 
 void CallBack() {
     K740_GetDeviceList(nullptr, 0);
@@ -173,6 +175,7 @@ TEST_F(StatusDeliveryTest, CallbacksMayCallTheInterface) {
         },
         [](int, int*) {
             CallBack();
+            ++g_volumesCallBack;
             return 0;
         },
         nullptr, nullptr,
@@ -183,8 +186,9 @@ TEST_F(StatusDeliveryTest, CallbacksMayCallTheInterface) {
         nullptr);
     AddController(1, "192.168.1.20");
     ASSERT_EQ(0, K740_AddDevice(5000, 2, "192.168.8.99"));
-    g_app->ZCU().VolumesV2().Append({{1, {}, {}}, 1, 0});
-    EXPECT_TRUE(WaitUntil([] { return g_callsBack >= 3; })); // status, zones and volumes
+    const auto volumes = MakePacket(1, 9500, kCmdGetVolumeV2Answer, _zcu_volumes_v2_t{1, {}, {}});
+    g_app->ZCU().ZCU_Response_GetVolume_V2(&volumes);
+    EXPECT_TRUE(WaitUntil([] { return g_volumesCallBack == 1 && g_callsBack >= 3; })); // status and zones, too
     g_app->PostRPKDeviceStatus(g_app->RPK().GetAllRPKStatus().at(0));
     EXPECT_TRUE(WaitUntil([] { return g_callsBack >= 4; }));
 }

@@ -50,7 +50,7 @@ TEST_F(ZoneMonitorLifeTest, AStopEndsCallbacksAndThreadsWithinAQuarterOfASecond)
     }
     EXPECT_TRUE(source.IsStreaming());
     std::sort(delays.begin(), delays.end());
-    EXPECT_LT(delays[4], 150ms) << "on the average; a busy machine may delay one or the other";
+    EXPECT_LT(delays[4], 150ms) << "the median; a busy machine may delay one or the other";
 }
 
 TEST_F(ZoneMonitorLifeTest, AZoneThatWasStoppedIsHeardAgainAfterAStart) {

@@ -2,6 +2,7 @@
 #include "tests/player/broadcast_fixture.h"
 
 #include <atomic>
+#include <chrono>
 #include <limits>
 #include <thread>
 
@@ -86,7 +87,20 @@ TEST_F(PushAudioTest, ChunksAreAsLongAsTheFormatAllows) {
     }
 }
 
-TEST_F(PushAudioTest, AFormatThatTheTaskWasNotStartedWithHasNoRoom) {
+TEST_F(PushAudioTest, TheFormatMayChangeUntilTheTaskBroadcasts) {
+    sim::PlayBehaviour late;
+    late.answerDelay = std::chrono::milliseconds(200);
+    m_controller.SetBehaviour(late);
+    ASSERT_EQ(0, Start());
+    WaitForPacket(kController, sim::command::kPlay);
+    ASSERT_EQ(0, K740_SetAudioStreamFormat(1));
+    ASSERT_TRUE(Reports().WaitFor(kTask, 2));
+    EXPECT_EQ(0, PushBytes(kTask, Bytes(2048)));
+    EXPECT_EQ(0, PushBytes(kTask, Bytes(2048)));
+    EXPECT_TRUE(m_controller.WaitForDatagrams(1, kSoon));
+}
+
+TEST_F(PushAudioTest, AFormatThatTheTaskDoesNotBroadcastWithHasNoRoom) {
     StartAndBroadcast();
     ASSERT_EQ(0, K740_SetAudioStreamFormat(1));
     EXPECT_EQ(-1, PushBytes(kTask, Bytes(882)));

@@ -217,7 +217,7 @@ TEST_F(VirtualAudioTest, TheSameRequestAgainDoublesNoAudio) {
 }
 
 TEST_F(VirtualAudioTest, TwoRequestsAtOnceDoubleNoAudioThatRunsAlready) {
-    const CodedAudio audio(341, 200);
+    const CodedAudio audio(341, 2000);
     std::atomic<bool> ended{false};
     std::thread stream([&] {
         for (std::size_t i = 0; i < audio.datagrams.size() && !ended; ++i) {

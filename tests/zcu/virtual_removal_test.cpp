@@ -57,8 +57,7 @@ TEST_F(VirtualRemovalTest, ARequestIsDroppedWhenItsControllerIsRemovedBeforeItPl
         g_app->ZCU().ReceivePlayTaskResponse(&request, kClientIP);
         EXPECT_EQ(0, K740_RemoveDevice(kVirtual));
         EXPECT_TRUE(WaitForAnswer(0x8206, ++rounds));
-        EXPECT_TRUE(WaitUntil([=] { return RunningThreads() == threads; }));
-        EXPECT_EQ(CountMessages(1), CountMessages(2));
+        EXPECT_TRUE(WaitUntil([=] { return CountMessages(1) == CountMessages(2) && RunningThreads() == threads; }));
         EXPECT_EQ(0, K740_AddDevice(kVirtual, 9, ""));
         return CountMessages(1) == played; // else this thread was held up
     };

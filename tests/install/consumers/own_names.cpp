@@ -12,9 +12,6 @@ struct adpcm_state;
 void adpcm_coder(const short* /*pcm*/, char* /*code*/, int /*count*/, adpcm_state* /*state*/, int /*variant*/) {
     std::abort();
 }
-extern "C" unsigned char linear2alaw(short /*sample*/) {
-    std::abort();
-}
 inline unsigned char linear2ulaw(short /*sample*/) {
     std::abort();
 }
