@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 namespace k740::test {
 namespace {
@@ -51,6 +52,17 @@ TEST_F(EmergencyTest, WhatTheSystemRefusesToSendIsAFailure) {
     ASSERT_EQ(0, K740_AddDevice(50, 1, kUnroutableIP));
     EXPECT_EQ(-1, K740_EnterVAMode(50, 100));
     EXPECT_EQ(-1, K740_ExitVAMode(50, 100));
+}
+
+TEST_F(EmergencyTest, ADeviceForWhichThereIsNoSocketIsRegisteredAndCannotBeReached) {
+    rlimit before{};
+    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &before));
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &none)); // what is open stays open
+    EXPECT_EQ(0, K740_AddDevice(50, 1, "192.168.1.50"));
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &before));
+    EXPECT_EQ(-1, K740_EnterVAMode(50, 100));
+    EXPECT_EQ(-3, K740_GetDeviceVersion(50, nullptr, 0));
 }
 
 TEST_F(EmergencyTest, TheNodeIDIsTheHosts) {
