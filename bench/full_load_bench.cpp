@@ -216,11 +216,11 @@ void FullLoadCpu(benchmark::State& state) {
         std::this_thread::sleep_for(10 * kBlockPeriod);
         g_monitored = g_talked = g_heardInCalls = 0;
         const auto start = SteadyClock::now();
-        const int64_t before = bench::LibraryCpuNs();
+        const bench::CLibraryCpu cpu;
         std::thread pusher([&] { pushed = PushRealTime(kMeasured); });
         load.StreamAll(frames);
         pusher.join();
-        const auto used = static_cast<double>(bench::LibraryCpuNs() - before);
+        const auto used = static_cast<double>(cpu.Used());
         const auto passed = static_cast<double>(std::chrono::nanoseconds(SteadyClock::now() - start).count());
         std::this_thread::sleep_for(25 * kBlockPeriod); // until what is on its way has arrived
         const std::size_t framesPushed = pushed / kFrameBytes;

@@ -5,17 +5,27 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <string>
 
 namespace k740::bench {
 
-std::int64_t LibraryCpuNs() {
-    std::int64_t total = 0;
+CLibraryCpu::ByThread CLibraryCpu::Now() {
+    ByThread used;
     for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
         std::string name;
         std::ifstream(thread.path() / "comm") >> name;
         std::int64_t onCpu = 0;
-        if (name.starts_with("k740-") && std::ifstream(thread.path() / "schedstat") >> onCpu) { total += onCpu; }
+        if (name.starts_with("k740-") && std::ifstream(thread.path() / "schedstat") >> onCpu) {
+            used[thread.path().filename().string()] = onCpu;
+        }
+    }
+    return used;
+}
+
+std::int64_t CLibraryCpu::Used() const {
+    std::int64_t total = 0;
+    for (const auto& [thread, onCpu] : Now()) {
+        const auto before = m_start.find(thread);
+        total += before == m_start.end() ? onCpu : onCpu - before->second;
     }
     return total;
 }

@@ -116,9 +116,9 @@ BENCHMARK(PushToWire)->ArgNames({"tasks", "rounds"})->Args({1, 200})->Args({kTas
 template <typename Work> void MeasureCpu(benchmark::State& state, Work work) {
     for (auto _ : state) {
         const auto start = SteadyClock::now();
-        const int64_t before = k740::bench::LibraryCpuNs();
+        const k740::bench::CLibraryCpu cpu;
         work();
-        const auto used = static_cast<double>(k740::bench::LibraryCpuNs() - before);
+        const auto used = static_cast<double>(cpu.Used());
         const auto passed = static_cast<double>(std::chrono::nanoseconds(SteadyClock::now() - start).count());
         state.counters["library_cpu_percent"] = 100 * used / passed;
     }
